@@ -1,0 +1,43 @@
+# Tarnline: the two commands a newcomer needs.
+#   make run    installs what is missing, builds, and starts tarnline on its simulated radio
+#   make test   installs what is missing, builds, and runs every test (also under the sanitizers)
+
+JOBS ?= $(shell nproc 2>/dev/null || echo 2)
+RELEASE := build/release
+ASAN := build/asan
+
+.PHONY: all deps build test test-release test-asan run bench clean
+
+all: build
+
+deps:
+	@scripts/install-deps.sh
+
+build: deps
+	cmake -S . -B $(RELEASE) -DCMAKE_BUILD_TYPE=Release >/dev/null
+	cmake --build $(RELEASE) -j $(JOBS)
+
+test: test-release test-asan
+
+test-release: build
+	cd $(RELEASE) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j $(JOBS)
+
+test-asan: deps
+	cmake -S . -B $(ASAN) -DCMAKE_BUILD_TYPE=Debug -DTARNLINE_SANITIZE=ON -DTARNLINE_BENCH=OFF >/dev/null
+	cmake --build $(ASAN) -j $(JOBS)
+	cd $(ASAN) && QT_QPA_PLATFORM=offscreen \
+	  ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 \
+	  LSAN_OPTIONS=suppressions=$(CURDIR)/tests/lsan.supp \
+	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
+	  ctest --output-on-failure -j $(JOBS)
+
+run:
+	@scripts/install-deps.sh run
+	@$(MAKE) --no-print-directory build
+	scripts/run-demo.sh $(RELEASE)/src/shell/qt/tarnline
+
+bench: build
+	$(RELEASE)/bench/tarnline_bench
+
+clean:
+	rm -rf build

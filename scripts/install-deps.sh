@@ -1,0 +1,25 @@
+#!/usr/bin/env bash
+# Installs the Debian packages Tarnline needs to build, test and run, only those missing.
+# Usage: install-deps.sh [run]   ("run" adds what the run command needs on a machine without a display)
+set -euo pipefail
+
+packages=(build-essential cmake pkg-config qt6-base-dev qt6-serialport-dev libgtest-dev libgmock-dev
+          libbenchmark-dev fonts-dejavu-core clang libclang-rt-14-dev)
+if [[ "${1:-}" == "run" ]]; then
+  packages+=(xvfb xauth imagemagick)
+fi
+
+missing=()
+for p in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+done
+if ((${#missing[@]} == 0)); then
+  exit 0
+fi
+
+echo "Installing: ${missing[*]}"
+sudo=""
+if [[ $(id -u) -ne 0 ]]; then sudo="sudo"; fi
+export DEBIAN_FRONTEND=noninteractive
+$sudo apt-get update -qq
+$sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"

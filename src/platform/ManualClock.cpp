@@ -1,0 +1,56 @@
+#include "platform/ManualClock.h"
+
+#include <algorithm>
+
+#include "platform/Serial.h"
+
+namespace tarn {
+
+void ManualClock::Erase(const Timer& timer) {
+  std::erase_if(armed_, [&](const Entry& e) { return e.timer == &timer; });
+}
+
+void ManualClock::Rearm(Timer& timer) {
+  Erase(timer);
+  if (timer.Running()) armed_.push_back({&timer, now_ + timer.Period(), nextOrder_++});
+}
+
+void ManualClock::Remove(Timer& timer) { Erase(timer); }
+
+bool ManualClock::IsArmed(const Timer& timer) const {
+  return std::any_of(armed_.begin(), armed_.end(), [&](const Entry& e) { return e.timer == &timer; });
+}
+
+bool ManualClock::WaitForInput(Serial& port, i64 maxMs) {
+  const bool ready = port.WaitReadable(maxMs);
+  if (!ready) now_ += std::max<i64>(maxMs, 0);
+  return ready;
+}
+
+ManualClock::Entry* ManualClock::NextDue(i64 limit) {
+  Entry* best = nullptr;
+  for (Entry& e : armed_) {
+    if (e.due > limit) continue;
+    if (!best || e.due < best->due || (e.due == best->due && e.order < best->order)) best = &e;
+  }
+  return best;
+}
+
+void ManualClock::AdvanceBy(i64 ms) { AdvanceTo(now_ + ms); }
+
+void ManualClock::AdvanceTo(i64 when) {
+  while (Entry* e = NextDue(when)) {
+    Timer* timer = e->timer;
+    now_ = std::max(now_, e->due);
+    if (timer->Mode() == 2) {
+      e->due = now_ + timer->Period();
+      e->order = nextOrder_++;
+    } else {
+      Erase(*timer);
+    }
+    timer->Fire();
+  }
+  now_ = std::max(now_, when);
+}
+
+}  // namespace tarn

@@ -1,0 +1,148 @@
+#include "platform/PosixSerial.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace tarn {
+
+namespace {
+
+// What waits for the kernel beyond this is dropped: a line that takes nothing for this long is
+// gone or flow-controlled shut, and holding more would only delay every later frame.
+constexpr std::size_t kMaxPendingOut = 64 * 1024;
+
+speed_t StandardSpeed(int baud) {
+  switch (baud) {
+    case 300: return B300;
+    case 600: return B600;
+    case 1200: return B1200;
+    case 1800: return B1800;
+    case 2400: return B2400;
+    case 4800: return B4800;
+    case 9600: return B9600;
+    case 19200: return B19200;
+    case 38400: return B38400;
+    case 57600: return B57600;
+    default: return 0;
+  }
+}
+
+class PosixSerialDevice : public SerialDevice {
+ public:
+  explicit PosixSerialDevice(int fd) : fd_(fd) {}
+  ~PosixSerialDevice() override { ::close(fd_); }
+
+  bool Configure(const LineSettings& s) override {
+    termios tio{};
+    if (::tcgetattr(fd_, &tio) != 0) return false;
+    ::cfmakeraw(&tio);
+    tio.c_cflag &= ~static_cast<tcflag_t>(CSIZE | PARENB | PARODD | CSTOPB | CRTSCTS);
+    tio.c_cflag |= CLOCAL | CREAD;
+    tio.c_cflag |= s.dataBits == 5 ? CS5 : s.dataBits == 6 ? CS6 : s.dataBits == 7 ? CS7 : CS8;
+    if (s.parity != 'N') tio.c_cflag |= PARENB | (s.parity == 'O' ? PARODD : 0);
+    if (s.stopBits == 2) tio.c_cflag |= CSTOPB;
+    tio.c_iflag &= ~static_cast<tcflag_t>(IXON | IXOFF | IXANY);
+    if (s.xonXoff) tio.c_iflag |= IXON | IXOFF;
+    tio.c_cc[VMIN] = 1;
+    tio.c_cc[VTIME] = 0;
+    const speed_t speed = StandardSpeed(s.baud);
+    if (speed != 0) {
+      ::cfsetispeed(&tio, speed);
+      ::cfsetospeed(&tio, speed);
+    }
+    if (::tcsetattr(fd_, TCSANOW, &tio) != 0) return false;
+    return speed != 0 || SetCustomBaud(fd_, s.baud);
+  }
+
+  void ReadAvailable(std::string& out) override {
+    Flush();
+    char buf[4096];
+    while (!lost_) {
+      const ssize_t n = ::read(fd_, buf, sizeof buf);
+      if (n > 0) {
+        out.append(buf, static_cast<std::size_t>(n));
+        if (static_cast<std::size_t>(n) < sizeof buf) break;
+      } else if (n == 0) {
+        lost_ = true;
+      } else if (errno == EINTR) {
+        continue;
+      } else {
+        if (errno != EAGAIN && errno != EWOULDBLOCK) lost_ = true;
+        break;
+      }
+    }
+  }
+
+  void Write(std::string_view bytes) override {
+    if (lost_) return;
+    if (pending_.size() + bytes.size() > kMaxPendingOut) return;
+    pending_.append(bytes);
+    Flush();
+  }
+
+  bool WaitReadable(i64 maxMs) override {
+    if (lost_) return false;
+    pollfd p{fd_, POLLIN, 0};
+    const int timeout = maxMs < 0 ? 0 : maxMs > 60000 ? 60000 : static_cast<int>(maxMs);
+    const int r = ::poll(&p, 1, timeout);
+    // A hang-up shows as readable: the next read finds it and marks the line lost.
+    return r > 0 && (p.revents & (POLLIN | POLLHUP | POLLERR)) != 0;
+  }
+
+  bool Lost() const override { return lost_; }
+
+ private:
+  void Flush() {
+    while (!pending_.empty() && !lost_) {
+      const ssize_t n = ::write(fd_, pending_.data(), pending_.size());
+      if (n > 0) {
+        pending_.erase(0, static_cast<std::size_t>(n));
+      } else if (n < 0 && errno == EINTR) {
+        continue;
+      } else {
+        if (n < 0 && errno != EAGAIN && errno != EWOULDBLOCK) {
+          lost_ = true;
+          pending_.clear();
+        }
+        return;
+      }
+    }
+  }
+
+  int fd_;
+  bool lost_ = false;
+  std::string pending_;
+};
+
+}  // namespace
+
+std::unique_ptr<SerialDevice> PosixSerialDriver::Open(const tarn::SerialPort& port,
+                                                      std::string& why) {
+  if (port.path.empty()) {
+    why = "no such port";
+    return nullptr;
+  }
+  const int fd = ::open(port.path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+  if (fd < 0) {
+    why = std::strerror(errno);
+    return nullptr;
+  }
+  if (!::isatty(fd)) {
+    ::close(fd);
+    why = "not a serial device";
+    return nullptr;
+  }
+  // Keeps a second program off the line; pseudo-terminals may refuse, which costs nothing.
+  (void)::ioctl(fd, TIOCEXCL);
+  auto device = std::make_unique<PosixSerialDevice>(fd);
+  device->Configure(LineSettings{});
+  return device;
+}
+
+}  // namespace tarn

@@ -1,0 +1,22 @@
+// The serial backend on POSIX termios: real ttys, USB adapters, pseudo-terminals and network
+// serial ports alike.
+//
+// The descriptor is non-blocking and raw, so ReadAll sees new bytes also from a loop that never
+// returns to the event loop, and an idle read costs one system call. Bytes the kernel will not take
+// at once wait in a bounded buffer of ours and go out at the next read or write; the caller never
+// waits. A hang-up (read gives 0 or EIO) marks the line lost.
+#pragma once
+
+#include "platform/Serial.h"
+
+namespace tarn {
+
+class PosixSerialDriver : public SerialDriver {
+ public:
+  std::unique_ptr<SerialDevice> Open(const tarn::SerialPort& port, std::string& why) override;
+};
+
+// Sets a speed that has no B-constant (3600, 7200, 14400, 28800 baud) where the OS allows it.
+bool SetCustomBaud(int fd, int baud);
+
+}  // namespace tarn

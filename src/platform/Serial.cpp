@@ -1,0 +1,66 @@
+#include "platform/Serial.h"
+
+#include <array>
+
+namespace tarn {
+
+int BaudForCode(i64 code) {
+  static constexpr std::array<int, 14> kBauds = {300,  600,   1200,  1800,  2400,  3600,  4800,
+                                                 7200, 9600,  14400, 19200, 28800, 38400, 57600};
+  if (code < 0 || code >= static_cast<i64>(kBauds.size())) return 9600;
+  return kBauds[static_cast<std::size_t>(code)];
+}
+
+LineSettings Serial::Settings() const {
+  LineSettings s;
+  s.baud = BaudForCode(Baud);
+  s.dataBits = (Bits >= 0 && Bits <= 3) ? static_cast<int>(5 + Bits) : 8;
+  s.parity = Parity == 1 ? 'O' : Parity == 2 ? 'E' : 'N';
+  s.stopBits = Stop == 2 ? 2 : 1;
+  s.xonXoff = XON;
+  return s;
+}
+
+bool Serial::Open() {
+  Close();
+  std::string why;
+  device_ = driver_.Open(SerialPort, why);
+  if (!device_) {
+    log_.DebugLog("cannot open serial port " + SerialPort.path + ": " + why);
+    return false;
+  }
+  lossReported_ = false;
+  return true;
+}
+
+void Serial::Close() { device_.reset(); }
+
+void Serial::Reset() {
+  if (device_ && !device_->Configure(Settings())) {
+    log_.DebugLog("cannot set the line format of " + SerialPort.path);
+  }
+}
+
+void Serial::NoteLoss() {
+  if (lossReported_) return;
+  lossReported_ = true;
+  log_.DebugLog("serial port " + SerialPort.path + " is gone");
+}
+
+std::string Serial::ReadAll() {
+  std::string bytes;
+  if (!device_) return bytes;
+  device_->ReadAvailable(bytes);
+  if (device_->Lost()) NoteLoss();
+  return bytes;
+}
+
+void Serial::Write(std::string_view bytes) {
+  if (!device_ || bytes.empty()) return;
+  device_->Write(bytes);
+  if (device_->Lost()) NoteLoss();
+}
+
+bool Serial::WaitReadable(i64 maxMs) { return device_ && device_->WaitReadable(maxMs); }
+
+}  // namespace tarn

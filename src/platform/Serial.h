@@ -1,0 +1,83 @@
+// Serial: the serial line as the window's logic drives it.
+//
+// The logic names a port, opens it, then sets speed and format by codes and calls Reset, which
+// puts them in force. ReadAll returns at once with every byte received since the last read; Write
+// takes a whole frame, never blocks and changes no byte. Both are harmless on a port that is not
+// open, or that vanished: reads give nothing and writes are dropped.
+//
+// Codes: Baud 0..13 select 300, 600, 1200, 1800, 2400, 3600, 4800, 7200, 9600, 14400, 19200,
+// 28800, 38400 and 57600 baud (a code outside that range selects 9600); Bits 0..3 are 5..8 data
+// bits; Parity 0 none, 1 odd, 2 even; Stop 0 one stop bit, 2 two; XON software flow control.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/System.h"
+#include "platform/Text.h"
+
+namespace tarn {
+
+struct LineSettings {
+  int baud = 9600;
+  int dataBits = 8;
+  char parity = 'N';  // 'N', 'O' or 'E'
+  int stopBits = 1;
+  bool xonXoff = false;
+};
+
+int BaudForCode(i64 code);
+
+// An open line, as a backend gives it.
+class SerialDevice {
+ public:
+  virtual ~SerialDevice() = default;
+  virtual bool Configure(const LineSettings& settings) = 0;
+  // Appends every byte that is waiting to `out`; never blocks.
+  virtual void ReadAvailable(std::string& out) = 0;
+  virtual void Write(std::string_view bytes) = 0;
+  virtual bool WaitReadable(i64 maxMs) = 0;
+  // The line is gone (hang-up, cable pulled): reads give nothing from now on.
+  virtual bool Lost() const = 0;
+};
+
+class SerialDriver {
+ public:
+  virtual ~SerialDriver() = default;
+  // Nothing when the port cannot be opened; `why` then says what went wrong.
+  virtual std::unique_ptr<SerialDevice> Open(const SerialPort& port, std::string& why) = 0;
+};
+
+class Serial {
+ public:
+  Serial(SerialDriver& driver, LogSink& log) : driver_(driver), log_(log) {}
+
+  bool Open();
+  void Close();
+  void Reset();
+  bool IsOpen() const { return device_ != nullptr; }
+
+  std::string ReadAll();
+  void Write(std::string_view bytes);
+  bool WaitReadable(i64 maxMs);
+
+  i64 Port = 0;
+  tarn::SerialPort SerialPort;
+  i64 Baud = 8;
+  i64 Bits = 3;
+  i64 Parity = 0;
+  i64 Stop = 0;
+  bool XON = false;
+
+ private:
+  LineSettings Settings() const;
+  void NoteLoss();
+
+  SerialDriver& driver_;
+  LogSink& log_;
+  std::unique_ptr<SerialDevice> device_;
+  bool lossReported_ = false;
+};
+
+}  // namespace tarn

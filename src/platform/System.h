@@ -1,0 +1,80 @@
+// The outside world as the window's logic sees it: the machine's serial ports, the log, the
+// message box and the file chooser. The program and the tests each give their own.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/Text.h"
+
+namespace tarn {
+
+// One serial port of System.SerialPort(i): the name shown in the popup and the device path.
+struct SerialPort {
+  std::string Name;
+  std::string path;
+};
+
+class PortCatalog {
+ public:
+  virtual ~PortCatalog() = default;
+  virtual i64 Count() = 0;
+  virtual SerialPort At(i64 index) = 0;  // an index outside the list gives an empty port
+};
+
+// A fixed list: the ports given on the command line, then the machine's, as the program built it.
+class FixedPortCatalog : public PortCatalog {
+ public:
+  explicit FixedPortCatalog(std::vector<SerialPort> ports = {}) : ports_(std::move(ports)) {}
+  i64 Count() override { return static_cast<i64>(ports_.size()); }
+  SerialPort At(i64 index) override;
+  std::vector<SerialPort>& Ports() { return ports_; }
+
+ private:
+  std::vector<SerialPort> ports_;
+};
+
+// System.DebugLog: must return at once and never fail.
+class LogSink {
+ public:
+  virtual ~LogSink() = default;
+  virtual void DebugLog(std::string_view text) = 0;
+};
+
+// MsgBox: the transport reports; the window decides how to show it.
+class MessageSink {
+ public:
+  virtual ~MessageSink() = default;
+  virtual void MsgBox(std::string_view text) = 0;
+};
+
+// GetOpenFolderItem: the path of the file the user chose, or nothing when cancelled.
+class FileChooser {
+ public:
+  virtual ~FileChooser() = default;
+  virtual std::optional<std::string> GetOpenFolderItem(std::string_view filterType) = 0;
+};
+
+// Writes to the standard error stream, one line per call.
+class StderrLog : public LogSink {
+ public:
+  void DebugLog(std::string_view text) override;
+};
+
+// Keeps every message, for tests and for a host that shows them later.
+class RecordingMessages : public MessageSink {
+ public:
+  void MsgBox(std::string_view text) override { shown.emplace_back(text); }
+  std::vector<std::string> shown;
+};
+
+class RecordingLog : public LogSink {
+ public:
+  void DebugLog(std::string_view text) override { lines.emplace_back(text); }
+  std::vector<std::string> lines;
+};
+
+}  // namespace tarn

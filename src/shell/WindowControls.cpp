@@ -1,0 +1,134 @@
+// Building the window: the link state, the 36 controls with their creation values, the 14 event
+// bindings and the one menu handler. Creation values are applied before any handler is attached,
+// so none of them raises an event.
+#include <algorithm>
+
+#include "link/IcomWindow.h"
+
+namespace tarn {
+
+namespace {
+
+constexpr std::uint32_t kJammingRed = 0x00E2180D;
+
+template <class C>
+C& Place(C& control, Bounds bounds, int tabIndex, int textSize) {
+  control.bounds = bounds;
+  control.tabIndex = tabIndex;
+  control.textSize = textSize;
+  return control;
+}
+
+}  // namespace
+
+IcomWindow::IcomWindow(App& theApp, WindowServices services)
+    : Timer1("Timer1", services.clock, 2, 50),
+      JammerTimer("JammerTimer", services.clock, 0, 1000),
+      FindRadiosTimer("FindRadiosTimer", services.clock, 0, 1000),
+      ReqTimer("ReqTimer", services.clock, 2, 100),
+      Timer2("Timer2", services.clock, 2, 10),
+      app(theApp),
+      services_(std::move(services)),
+      System{services_.ports, services_.log} {
+  layout_ = {"Tarnline Interface", 576, 529, false};
+  CreateControls();
+  AttachHandlers();
+  AddMenuHandlers();
+}
+
+IcomWindow::~IcomWindow() {
+  // The timers go before anything their handlers touch.
+  for (Control* c : controls_) {
+    if (c->Kind() == ControlKind::Timer) static_cast<Timer*>(c)->Action = nullptr;
+  }
+}
+
+void IcomWindow::CreateControls() {
+  controls_ = {&SerialPopup,    &EditField1,     &Timer1,          &BaudPopup,
+               &StaticText1,    &StaticText2,    &StaticText3,     &OurIDEditFieldHex,
+               &ShowDataCheck,  &FindRadiosButton, &StaticBuf,     &DebugCheckBox,
+               &StaticJamming,  &JammerTimer,    &FindRadiosTimer, &StaticFindRadios,
+               &EditFreq,       &StaticText4,    &SetFreq1,        &kHzPopup,
+               &FreqDisplay,    &ModeDisplay,    &FilterDisplay,   &EditRadioIDHex,
+               &ReqTimer,       &StaticText5,    &StaticText6,     &StaticText7,
+               &PopupFreqBytes, &StaticText8,    &PopupMode,       &PopupFilter,
+               &Timer2,         &StaticText9,    &EditUpdateRate,  &StaticText10};
+
+  Place(SerialPopup, {109, 14, 280, 20}, 0, 12).InitRows("", 0);
+  Place(EditField1, {10, 345, 527, 164}, 1, 12).multiline = true;
+  Place(BaudPopup, {109, 44, 95, 20}, 2, 12)
+      .InitRows("300\r600\r1200\r1800\r2400\r3600\r4800\r7200\r9600\r1440\r19200\r28800\r38400\r56700", 0);
+  Place(StaticText1, {20, 14, 70, 20}, 3, 12).InitText("Serial Port:");
+  Place(StaticText2, {20, 44, 70, 20}, 4, 12).InitText("Baud Rate:");
+  Place(StaticText3, {216, 44, 50, 20}, 5, 12).InitText("Our ID:");
+  Place(OurIDEditFieldHex, {275, 44, 52, 22}, 6, 12);
+  Place(ShowDataCheck, {10, 313, 95, 20}, 7, 12).caption = "Show Data";
+  Place(FindRadiosButton, {260, 313, 117, 20}, 8, 12).caption = "Find All Radios";
+  Place(StaticBuf, {242, 80, 202, 20}, 9, 12).InitText("-");
+  StaticBuf.SetVisible(false);
+  Place(DebugCheckBox, {109, 313, 80, 20}, 10, 12).caption = "Debug";
+  Place(StaticJamming, {20, 111, 100, 20}, 11, 12).InitText("JAMMING CODE");
+  StaticJamming.SetVisible(false);
+  StaticJamming.textColor = kJammingRed;
+  Place(StaticFindRadios, {392, 312, 145, 20}, 12, 0).InitText("-");
+  Place(EditFreq, {75, 141, 110, 20}, 13, 12);
+  Place(StaticText4, {20, 142, 43, 19}, 14, 12).InitText("Freq:");
+  Place(SetFreq1, {191, 139, 60, 22}, 15, 12).caption = "Set";
+  Place(kHzPopup, {269, 141, 80, 20}, 16, 12).InitRows("kHz\rMHz", 0);
+  Place(FreqDisplay, {87, 166, 110, 30}, 17, 16).InitText("-");
+  Place(ModeDisplay, {89, 198, 100, 20}, 18, 12).InitText("-");
+  Place(FilterDisplay, {209, 198, 100, 20}, 19, 12).InitText("-");
+  Place(EditRadioIDHex, {269, 109, 48, 22}, 20, 0).InitText("8");
+  Place(StaticText5, {191, 110, 66, 20}, 21, 0).InitText("Radio ID:");
+  Place(StaticText6, {20, 176, 43, 20}, 22, 0).InitText("Freq:");
+  Place(StaticText7, {20, 197, 45, 20}, 23, 0).InitText("Mode:");
+  Place(PopupFreqBytes, {451, 109, 64, 20}, 24, 0).InitRows("4\r5", 0);
+  Place(StaticText8, {389, 110, 45, 20}, 25, 0).InitText("Bytes:");
+  Place(PopupMode, {359, 141, 80, 20}, 26, 0)
+      .InitRows("LSB\rUSB\rAM\rCW\rRTTY\rFM\rFM-WIDE\rCW-REVERSE\rRTTY-REVERSE\rSYNC-AM\rSSB", 0);
+  Place(PopupFilter, {451, 141, 105, 20}, 27, 0).InitRows("Wide\rMedium\rNarrow", 0);
+  Place(StaticText9, {324, 110, 38, 20}, 28, 0).InitText("Hex");
+  Place(EditUpdateRate, {456, 171, 80, 22}, 29, 0).InitText("2000");
+  Place(StaticText10, {359, 172, 85, 20}, 30, 0).InitText("Update rate:");
+}
+
+void IcomWindow::AttachHandlers() {
+  // SerialPopup's Open event is raised by Open(), once the window stands.
+  SerialPopup.Change = [this](PopupMenu& s) { SerialPopup_Change(s); };
+  Timer1.Action = [this](Timer& t) { Timer1_Action(t); };
+  BaudPopup.Change = [this](PopupMenu& s) { BaudPopup_Change(s); };
+  FindRadiosButton.Action = [this](PushButton& b) { FindRadiosButton_Action(b); };
+  JammerTimer.Action = [this](Timer& t) { JammerTimer_Action(t); };
+  FindRadiosTimer.Action = [this](Timer& t) { FindRadiosTimer_Action(t); };
+  EditFreq.KeyDown = [this](EditField& f, std::string_view key) { return EditFreq_KeyDown(f, key); };
+  SetFreq1.Action = [this](PushButton& b) { SetFreq1_Action(b); };
+  ReqTimer.Action = [this](Timer& t) { ReqTimer_Action(t); };
+  PopupMode.Change = [this](PopupMenu& s) { PopupMode_Change(s); };
+  PopupFilter.Change = [this](PopupMenu& s) { PopupFilter_Change(s); };
+  Timer2.Action = [this](Timer& t) { Timer2_Action(t); };
+  EditUpdateRate.TextChange = [this](EditField& f) { EditUpdateRate_TextChange(f); };
+}
+
+void IcomWindow::AddMenuHandlers() {
+  menuHandlers_["FileScanList"] = [this] { return FileScanList_Action(); };
+}
+
+bool IcomWindow::ChooseMenuItem(std::string_view itemName) {
+  const auto it = menuHandlers_.find(itemName);
+  if (it == menuHandlers_.end()) return false;
+  it->second();
+  return true;
+}
+
+Control* IcomWindow::FindControl(std::string_view name) const {
+  const auto it = std::find_if(controls_.begin(), controls_.end(),
+                               [&](const Control* c) { return c->Name() == name; });
+  return it == controls_.end() ? nullptr : *it;
+}
+
+void IcomWindow::Open() {
+  SerialPopup_Open(SerialPopup);
+  Event_Open();
+}
+
+}  // namespace tarn

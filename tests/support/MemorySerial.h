@@ -1,0 +1,36 @@
+// An in-memory serial line for tests on the virtual clock: the test puts bytes on the line and
+// reads every Write the program made, one entry per call.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/Serial.h"
+
+namespace tarn::test {
+
+struct MemoryLine {
+  std::string incoming;             // bytes the next ReadAll will deliver
+  std::vector<std::string> writes;  // one entry per Write, in order
+  std::vector<LineSettings> configured;
+  int opens = 0;
+  bool open = false;
+  bool refuseOpen = false;
+  bool lost = false;
+
+  std::string AllWritten() const;
+};
+
+class MemorySerialDriver : public SerialDriver {
+ public:
+  // The line behind a port path, made on first use.
+  MemoryLine& Line(const std::string& path);
+  std::unique_ptr<SerialDevice> Open(const SerialPort& port, std::string& why) override;
+
+ private:
+  std::map<std::string, std::shared_ptr<MemoryLine>> lines_;
+};
+
+}  // namespace tarn::test

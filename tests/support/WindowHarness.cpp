@@ -1,0 +1,32 @@
+#include "support/WindowHarness.h"
+
+namespace tarn::test {
+
+std::string Bytes(std::initializer_list<int> values) {
+  std::string s;
+  for (int v : values) s.push_back(static_cast<char>(v));
+  return s;
+}
+
+WindowHarness::WindowHarness(int portCount, std::string folder) : workFolder(std::move(folder)) {
+  for (int i = 0; i < portCount; ++i) {
+    ports.Ports().push_back({"port" + std::to_string(i), "/mem/" + std::to_string(i)});
+  }
+}
+
+void WindowHarness::BuildOnly() {
+  w = std::make_unique<IcomWindow>(
+      app, WindowServices{clock, ports, driver, log, messages, chooser, workFolder});
+  w->Open();
+}
+
+void WindowHarness::Start() {
+  BuildOnly();
+  w->init();
+}
+
+void WindowHarness::Parse(const std::string& bytes) {
+  for (char c : bytes) w->ParseByte(static_cast<unsigned char>(c));
+}
+
+}  // namespace tarn::test
