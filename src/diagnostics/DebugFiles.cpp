@@ -8,11 +8,13 @@
 
 namespace tarn {
 
-bool IcomWindow::AppendTrace(const std::string& fileName, std::string_view text, bool& failureTold) {
+bool IcomWindow::AppendTrace(const std::string& fileName, std::string_view text,
+                             bool& failureTold) {
   const std::string path =
       services_.workFolder.empty() ? fileName : services_.workFolder + "/" + fileName;
   const bool ok = AppendToFile(path, text);
-  if (!ok && !failureTold) System.DebugLog("cannot write " + path + "; the trace goes on without it");
+  if (!ok && !failureTold)
+    System.DebugLog("cannot write " + path + "; the trace goes on without it");
   failureTold = !ok;
   return ok;
 }

@@ -24,7 +24,8 @@ std::string IcomWindow::Convert(i64 pair) {
   const i64 high = TruncToInt(static_cast<double>(pair) / 10.0);
   const i64 low = pair - high * 10;
   // Unsigned: a saturated pair from an absurd frequency must wrap, not overflow.
-  return ChrB(static_cast<i64>(static_cast<std::uint64_t>(high) * 16u + static_cast<std::uint64_t>(low)));
+  return ChrB(
+      static_cast<i64>(static_cast<std::uint64_t>(high) * 16u + static_cast<std::uint64_t>(low)));
 }
 
 void IcomWindow::ReqFreq(i64 radio) {

@@ -76,6 +76,8 @@ void IcomWindow::EndOfFrame() {
   parseState = kWaitPreamble1;
 }
 
-void IcomWindow::JammerTimer_Action(Timer&) { StaticJamming.SetVisible(false); }
+void IcomWindow::JammerTimer_Action(Timer&) {
+  StaticJamming.SetVisible(false);
+}
 
 }  // namespace tarn

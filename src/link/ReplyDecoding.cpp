@@ -69,12 +69,15 @@ double IcomWindow::ParseFreq() {
 }
 
 i64 IcomWindow::ParseMode() {
-  const i64 mode = parseMsg[0];  // whatever the length: an empty reply reads an earlier frame's byte
+  const i64 mode =
+      parseMsg[0];  // whatever the length: an empty reply reads an earlier frame's byte
   const i64 filter = parseMsgLength > 1 ? parseMsg[1] : 0;
   return TruncToInt(256.0 * static_cast<double>(filter) + static_cast<double>(mode));
 }
 
-void IcomWindow::UpdateFreq(double frequency) { FreqDisplay.SetText(Str(frequency)); }
+void IcomWindow::UpdateFreq(double frequency) {
+  FreqDisplay.SetText(Str(frequency));
+}
 
 // An unknown code leaves its display as it was; the other display still follows its own code.
 void IcomWindow::UpdateMode(i64 mode, i64 filter) {

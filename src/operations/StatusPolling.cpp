@@ -23,6 +23,8 @@ void IcomWindow::EditUpdateRate_TextChange(EditField& sender) {
   ReqTimer.SetPeriod(TruncToInt(Val(sender.Text()) / 2.0));
 }
 
-void IcomWindow::Event_Open() { EditUpdateRate.SetText("2000"); }
+void IcomWindow::Event_Open() {
+  EditUpdateRate.SetText("2000");
+}
 
 }  // namespace tarn

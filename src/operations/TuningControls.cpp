@@ -15,10 +15,16 @@ bool IcomWindow::EditFreq_KeyDown(EditField&, std::string_view key) {
   return false;
 }
 
-void IcomWindow::SetFreq1_Action(PushButton&) { SetTheFreq(); }
+void IcomWindow::SetFreq1_Action(PushButton&) {
+  SetTheFreq();
+}
 
-void IcomWindow::PopupMode_Change(PopupMenu&) { SetMode(); }
+void IcomWindow::PopupMode_Change(PopupMenu&) {
+  SetMode();
+}
 
-void IcomWindow::PopupFilter_Change(PopupMenu&) { SetMode(); }
+void IcomWindow::PopupFilter_Change(PopupMenu&) {
+  SetMode();
+}
 
 }  // namespace tarn

@@ -1,10 +1,19 @@
 #include "platform/ManualClock.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "platform/Serial.h"
 
 namespace tarn {
+
+namespace {
+// A period near the 64-bit limit (a rate text of 1e999) must not wrap the due time.
+i64 DueAfter(i64 now, i64 period) {
+  return period > std::numeric_limits<i64>::max() - now ? std::numeric_limits<i64>::max()
+                                                        : now + period;
+}
+}  // namespace
 
 void ManualClock::Erase(const Timer& timer) {
   std::erase_if(armed_, [&](const Entry& e) { return e.timer == &timer; });
@@ -12,13 +21,16 @@ void ManualClock::Erase(const Timer& timer) {
 
 void ManualClock::Rearm(Timer& timer) {
   Erase(timer);
-  if (timer.Running()) armed_.push_back({&timer, now_ + timer.Period(), nextOrder_++});
+  if (timer.Running()) armed_.push_back({&timer, DueAfter(now_, timer.Period()), nextOrder_++});
 }
 
-void ManualClock::Remove(Timer& timer) { Erase(timer); }
+void ManualClock::Remove(Timer& timer) {
+  Erase(timer);
+}
 
 bool ManualClock::IsArmed(const Timer& timer) const {
-  return std::any_of(armed_.begin(), armed_.end(), [&](const Entry& e) { return e.timer == &timer; });
+  return std::any_of(armed_.begin(), armed_.end(),
+                     [&](const Entry& e) { return e.timer == &timer; });
 }
 
 bool ManualClock::WaitForInput(Serial& port, i64 maxMs) {
@@ -36,14 +48,16 @@ ManualClock::Entry* ManualClock::NextDue(i64 limit) {
   return best;
 }
 
-void ManualClock::AdvanceBy(i64 ms) { AdvanceTo(now_ + ms); }
+void ManualClock::AdvanceBy(i64 ms) {
+  AdvanceTo(now_ + ms);
+}
 
 void ManualClock::AdvanceTo(i64 when) {
   while (Entry* e = NextDue(when)) {
     Timer* timer = e->timer;
     now_ = std::max(now_, e->due);
     if (timer->Mode() == 2) {
-      e->due = now_ + timer->Period();
+      e->due = DueAfter(now_, timer->Period());
       e->order = nextOrder_++;
     } else {
       Erase(*timer);

@@ -1,6 +1,6 @@
 // A virtual-time clock: time moves only when told, and due timers fire in order of their due time
-// (timers due at the same moment in the order they were armed). Tests run minutes of the program
-// in microseconds with it.
+// (timers due at the same moment in the order their due time was set). Tests run minutes of the
+// program in microseconds with it.
 #pragma once
 
 #include <cstdint>

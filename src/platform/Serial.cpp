@@ -5,8 +5,8 @@
 namespace tarn {
 
 int BaudForCode(i64 code) {
-  static constexpr std::array<int, 14> kBauds = {300,  600,   1200,  1800,  2400,  3600,  4800,
-                                                 7200, 9600,  14400, 19200, 28800, 38400, 57600};
+  static constexpr std::array<int, 14> kBauds = {300,  600,  1200,  1800,  2400,  3600,  4800,
+                                                 7200, 9600, 14400, 19200, 28800, 38400, 57600};
   if (code < 0 || code >= static_cast<i64>(kBauds.size())) return 9600;
   return kBauds[static_cast<std::size_t>(code)];
 }
@@ -33,7 +33,9 @@ bool Serial::Open() {
   return true;
 }
 
-void Serial::Close() { device_.reset(); }
+void Serial::Close() {
+  device_.reset();
+}
 
 void Serial::Reset() {
   if (device_ && !device_->Configure(Settings())) {
@@ -61,6 +63,8 @@ void Serial::Write(std::string_view bytes) {
   if (device_->Lost()) NoteLoss();
 }
 
-bool Serial::WaitReadable(i64 maxMs) { return device_ && device_->WaitReadable(maxMs); }
+bool Serial::WaitReadable(i64 maxMs) {
+  return device_ && device_->WaitReadable(maxMs);
+}
 
 }  // namespace tarn

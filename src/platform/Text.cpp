@@ -9,7 +9,9 @@ namespace tarn {
 
 namespace {
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
 
 // Length of the decimal number at the start of `s` (no blanks), 0 when there is none.
 std::size_t NumberLength(std::string_view s) {
@@ -67,7 +69,9 @@ std::string Str(double value) {
   return s;
 }
 
-std::string Str(i64 value) { return std::to_string(value); }
+std::string Str(i64 value) {
+  return std::to_string(value);
+}
 
 std::string ChrB(i64 value) {
   return std::string(1, static_cast<char>(static_cast<std::uint64_t>(value) & 0xFFu));
@@ -77,11 +81,14 @@ i64 AscB(std::string_view oneByte) {
   return oneByte.empty() ? 0 : static_cast<unsigned char>(oneByte.front());
 }
 
-i64 Len(std::string_view bytes) { return static_cast<i64>(bytes.size()); }
+i64 Len(std::string_view bytes) {
+  return static_cast<i64>(bytes.size());
+}
 
 std::string Mid(std::string_view bytes, i64 start1, i64 length) {
   if (start1 < 1 || length <= 0 || start1 > Len(bytes)) return {};
-  return std::string(bytes.substr(static_cast<std::size_t>(start1 - 1), static_cast<std::size_t>(length)));
+  return std::string(
+      bytes.substr(static_cast<std::size_t>(start1 - 1), static_cast<std::size_t>(length)));
 }
 
 std::string Left(std::string_view text, i64 count) {
@@ -112,7 +119,9 @@ i64 TruncToInt(double value) {
   return static_cast<i64>(value);
 }
 
-i64 Floor(double value) { return TruncToInt(std::floor(value)); }
+i64 Floor(double value) {
+  return TruncToInt(std::floor(value));
+}
 
 void AppendHexText(std::string& out, unsigned char byte) {
   static constexpr char kDigits[] = "0123456789ABCDEF";

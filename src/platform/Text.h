@@ -25,7 +25,9 @@ double Val(std::string_view text);
 // 14249.999999999998 reads "14250". No exponent below 1e15, which covers every radio frequency.
 std::string Str(double value);
 std::string Str(i64 value);
-inline std::string Str(int value) { return Str(static_cast<i64>(value)); }
+inline std::string Str(int value) {
+  return Str(static_cast<i64>(value));
+}
 
 // One byte from an integer: the low eight bits of its two's complement. A value outside 0..255
 // (an address of 256, a frequency pair of 100 or more) therefore still makes exactly one byte,

@@ -8,7 +8,9 @@ std::unique_ptr<TextInputStream> TextInputStream::Open(const std::string& path) 
   return std::unique_ptr<TextInputStream>(new TextInputStream(f));
 }
 
-TextInputStream::~TextInputStream() { Close(); }
+TextInputStream::~TextInputStream() {
+  Close();
+}
 
 void TextInputStream::Close() {
   if (file_) std::fclose(file_);
@@ -22,7 +24,9 @@ int TextInputStream::Peek() {
   return c;
 }
 
-bool TextInputStream::EndOfFile() { return Peek() == EOF; }
+bool TextInputStream::EndOfFile() {
+  return Peek() == EOF;
+}
 
 std::string TextInputStream::ReadLine() {
   std::string line;

@@ -7,7 +7,9 @@ Timer::Timer(std::string name, Clock& clock, i64 mode, i64 period)
   clock_.Rearm(*this);
 }
 
-Timer::~Timer() { clock_.Remove(*this); }
+Timer::~Timer() {
+  clock_.Remove(*this);
+}
 
 void Timer::SetMode(i64 mode) {
   const bool unchangedRepeat = mode == 2 && mode_ == 2;

@@ -22,7 +22,9 @@ void IcomWindow::SerialPopup_Change(PopupMenu&) {
   }
 }
 
-void IcomWindow::BaudPopup_Change(PopupMenu& sender) { SerialPopup_Change(sender); }
+void IcomWindow::BaudPopup_Change(PopupMenu& sender) {
+  SerialPopup_Change(sender);
+}
 
 // The line settings come after Open, and Reset, which puts them in force, after all of them. The
 // transmit ring and the frame receiver are left alone: waiting bytes go out on the new port.

@@ -51,6 +51,8 @@ void IcomWindow::DoSerialOut() {
   if (Serial1) Serial1->Write(std::string_view(out, static_cast<std::size_t>(count)));
 }
 
-void IcomWindow::Timer2_Action(Timer&) { DoSerialOut(); }
+void IcomWindow::Timer2_Action(Timer&) {
+  DoSerialOut();
+}
 
 }  // namespace tarn

@@ -39,8 +39,12 @@ void MenuBar::Untitled1() {
 }
 
 // A top-level item with no text and no children.
-void MenuBar::Untitled2() { items_.push_back({"UntitledMenu2", "", "", false, {}}); }
+void MenuBar::Untitled2() {
+  items_.push_back({"UntitledMenu2", "", "", false, {}});
+}
 
-const MenuItem* MenuBar::Find(std::string_view name) const { return FindIn(items_, name); }
+const MenuItem* MenuBar::Find(std::string_view name) const {
+  return FindIn(items_, name);
+}
 
 }  // namespace tarn

@@ -44,20 +44,22 @@ IcomWindow::~IcomWindow() {
 }
 
 void IcomWindow::CreateControls() {
-  controls_ = {&SerialPopup,    &EditField1,     &Timer1,          &BaudPopup,
-               &StaticText1,    &StaticText2,    &StaticText3,     &OurIDEditFieldHex,
-               &ShowDataCheck,  &FindRadiosButton, &StaticBuf,     &DebugCheckBox,
-               &StaticJamming,  &JammerTimer,    &FindRadiosTimer, &StaticFindRadios,
-               &EditFreq,       &StaticText4,    &SetFreq1,        &kHzPopup,
-               &FreqDisplay,    &ModeDisplay,    &FilterDisplay,   &EditRadioIDHex,
-               &ReqTimer,       &StaticText5,    &StaticText6,     &StaticText7,
-               &PopupFreqBytes, &StaticText8,    &PopupMode,       &PopupFilter,
-               &Timer2,         &StaticText9,    &EditUpdateRate,  &StaticText10};
+  controls_ = {&SerialPopup,    &EditField1,       &Timer1,          &BaudPopup,
+               &StaticText1,    &StaticText2,      &StaticText3,     &OurIDEditFieldHex,
+               &ShowDataCheck,  &FindRadiosButton, &StaticBuf,       &DebugCheckBox,
+               &StaticJamming,  &JammerTimer,      &FindRadiosTimer, &StaticFindRadios,
+               &EditFreq,       &StaticText4,      &SetFreq1,        &kHzPopup,
+               &FreqDisplay,    &ModeDisplay,      &FilterDisplay,   &EditRadioIDHex,
+               &ReqTimer,       &StaticText5,      &StaticText6,     &StaticText7,
+               &PopupFreqBytes, &StaticText8,      &PopupMode,       &PopupFilter,
+               &Timer2,         &StaticText9,      &EditUpdateRate,  &StaticText10};
 
   Place(SerialPopup, {109, 14, 280, 20}, 0, 12).InitRows("", 0);
   Place(EditField1, {10, 345, 527, 164}, 1, 12).multiline = true;
   Place(BaudPopup, {109, 44, 95, 20}, 2, 12)
-      .InitRows("300\r600\r1200\r1800\r2400\r3600\r4800\r7200\r9600\r1440\r19200\r28800\r38400\r56700", 0);
+      .InitRows(
+          "300\r600\r1200\r1800\r2400\r3600\r4800\r7200\r9600\r1440\r19200\r28800\r38400\r56700",
+          0);
   Place(StaticText1, {20, 14, 70, 20}, 3, 12).InitText("Serial Port:");
   Place(StaticText2, {20, 44, 70, 20}, 4, 12).InitText("Baud Rate:");
   Place(StaticText3, {216, 44, 50, 20}, 5, 12).InitText("Our ID:");
@@ -100,7 +102,9 @@ void IcomWindow::AttachHandlers() {
   FindRadiosButton.Action = [this](PushButton& b) { FindRadiosButton_Action(b); };
   JammerTimer.Action = [this](Timer& t) { JammerTimer_Action(t); };
   FindRadiosTimer.Action = [this](Timer& t) { FindRadiosTimer_Action(t); };
-  EditFreq.KeyDown = [this](EditField& f, std::string_view key) { return EditFreq_KeyDown(f, key); };
+  EditFreq.KeyDown = [this](EditField& f, std::string_view key) {
+    return EditFreq_KeyDown(f, key);
+  };
   SetFreq1.Action = [this](PushButton& b) { SetFreq1_Action(b); };
   ReqTimer.Action = [this](Timer& t) { ReqTimer_Action(t); };
   PopupMode.Change = [this](PopupMenu& s) { PopupMode_Change(s); };

@@ -20,7 +20,9 @@ class MemoryDevice : public SerialDevice {
     line_->incoming.clear();
   }
   void Write(std::string_view bytes) override {
-    if (!line_->lost) line_->writes.emplace_back(bytes);
+    if (line_->lost) return;
+    line_->writes.emplace_back(bytes);
+    if (line_->onWrite) line_->onWrite(*line_, line_->writes.back());
   }
   bool WaitReadable(i64) override { return !line_->lost && !line_->incoming.empty(); }
   bool Lost() const override { return line_->lost; }

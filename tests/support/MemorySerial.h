@@ -2,6 +2,7 @@
 // reads every Write the program made, one entry per call.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -19,6 +20,8 @@ struct MemoryLine {
   bool open = false;
   bool refuseOpen = false;
   bool lost = false;
+  // Called after each Write: a stand-in radio can answer by appending to `incoming`.
+  std::function<void(MemoryLine&, const std::string& written)> onWrite;
 
   std::string AllWritten() const;
 };
