@@ -1,0 +1,46 @@
+#include "support/PtyHarness.h"
+
+#include <stdexcept>
+
+namespace tarn::test {
+
+PtyHarness::PtyHarness(sim::BusOptions options, std::string folder)
+    : workFolder(std::move(folder)) {
+  std::string why;
+  radio = sim::PtyRadio::OpenPty(options, why);
+  if (!radio) throw std::runtime_error("cannot open a pseudo-terminal: " + why);
+  radio->WithBus([](sim::SimBus& bus) { return &bus.AddRadio(sim::RadioState{}); });
+  ports.Ports().push_back({radio->SlavePath(), radio->SlavePath()});
+}
+
+PtyHarness::~PtyHarness() {
+  w.reset();
+  if (radio) radio->Stop();
+}
+
+void PtyHarness::Start() {
+  radio->StartThread();
+  w = std::make_unique<IcomWindow>(
+      app, WindowServices{clock, ports, driver, log, messages, chooser, workFolder});
+  w->Open();
+  w->init();
+}
+
+void PtyHarness::Step() {
+  clock.AdvanceBy(kStepMs);
+  // Gives the radio's thread its turn; returns at once when its answer is already there.
+  if (w && w->Serial1) w->Serial1->WaitReadable(1);
+}
+
+void PtyHarness::Run(i64 virtualMs) {
+  for (i64 t = 0; t < virtualMs; t += kStepMs) Step();
+}
+
+sim::RadioState PtyHarness::RadioNow(std::uint8_t address) {
+  return radio->WithBus([address](sim::SimBus& bus) {
+    const sim::RadioState* r = bus.Radio(address);
+    return r ? *r : sim::RadioState{};
+  });
+}
+
+}  // namespace tarn::test

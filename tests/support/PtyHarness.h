@@ -1,0 +1,50 @@
+// The window's logic on the virtual clock, talking over a real pseudo-terminal to the simulated
+// radio, which serves from its own thread in real time. Virtual time advances in 10 ms steps, each
+// followed by a short real wait for the line, so that what the radio answers is read in the next
+// Timer1 tick as it would be in the running program.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "platform/PosixSerial.h"
+#include "simradio/SimRadio.h"
+#include "support/WindowHarness.h"
+
+namespace tarn::test {
+
+struct PtyHarness {
+  explicit PtyHarness(sim::BusOptions options = {}, std::string workFolder = {});
+  ~PtyHarness();
+
+  // Builds and starts the window on the radio's port (opened at 9600 by init).
+  void Start();
+  // Runs `virtualMs` of the program.
+  void Run(i64 virtualMs);
+  // Runs until `done` holds, at most `virtualMs`; true when it held.
+  template <class Done>
+  bool RunUntil(Done done, i64 virtualMs) {
+    for (i64 t = 0; t < virtualMs; t += kStepMs) {
+      if (done()) return true;
+      Step();
+    }
+    return done();
+  }
+  void Step();
+  sim::RadioState RadioNow(std::uint8_t address = 0x08);
+
+  static constexpr i64 kStepMs = 10;
+
+  ManualClock clock;
+  FixedPortCatalog ports;
+  PosixSerialDriver driver;
+  RecordingLog log;
+  RecordingMessages messages;
+  ScriptedChooser chooser;
+  App app;
+  std::string workFolder;
+  std::unique_ptr<sim::PtyRadio> radio;
+  std::unique_ptr<IcomWindow> w;
+};
+
+}  // namespace tarn::test
