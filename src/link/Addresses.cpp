@@ -3,22 +3,23 @@
 
 namespace tarn {
 
+// Runs at every frame end, so it works on views and allocates nothing.
 i64 IcomWindow::FromHexDigit(std::string_view digit) {
-  const std::string d = Uppercase(digit);
-  static constexpr std::string_view kLetters[] = {"A", "B", "C", "D", "E", "F"};
-  for (i64 i = 0; i < 6; ++i) {
-    if (d == kLetters[i]) return 10 + i;
+  if (digit.size() == 1) {
+    const char c = digit.front();
+    if (c >= 'A' && c <= 'F') return 10 + (c - 'A');
+    if (c >= 'a' && c <= 'f') return 10 + (c - 'a');
   }
-  return TruncToInt(Val(d));
+  return TruncToInt(Val(digit));
 }
 
 // Only the first two characters count; one character is the low digit alone. Never fails: any
 // other character counts as the digit Val makes of it.
 i64 IcomWindow::FromHex(std::string_view text) {
-  const std::string t = Left(text, 2);
+  const std::string_view t = text.substr(0, 2);
   i64 value = 0;
-  if (Len(t) == 2) value = FromHexDigit(Left(t, 1)) << 4;
-  return value + FromHexDigit(Right(t, 1));
+  if (t.size() == 2) value = FromHexDigit(t.substr(0, 1)) << 4;
+  return value + FromHexDigit(t.empty() ? t : t.substr(t.size() - 1));
 }
 
 }  // namespace tarn

@@ -84,6 +84,7 @@ void EditField::RaiseTextChange() {
 }
 
 void StaticText::SetText(std::string text) {
+  if (text == text_) return;  // a poll answer that repeats the display costs the view nothing
   text_ = std::move(text);
   NotifyView();
 }

@@ -2,7 +2,6 @@
 
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 
 namespace tarn {
@@ -62,11 +61,10 @@ double Val(std::string_view text) {
 std::string Str(double value) {
   if (std::isnan(value)) return "NaN";
   if (std::isinf(value)) return value < 0 ? "-INF" : "INF";
+  if (value == 0.0) return "0";  // also -0
   char buf[64];
-  std::snprintf(buf, sizeof buf, "%.15g", value);
-  std::string s(buf);
-  if (s == "-0") s = "0";
-  return s;
+  const auto result = std::to_chars(buf, buf + sizeof buf, value, std::chars_format::general, 15);
+  return std::string(buf, result.ptr);
 }
 
 std::string Str(i64 value) {
