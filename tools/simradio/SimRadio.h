@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -21,8 +22,8 @@ namespace tarn::sim {
 struct RadioState {
   std::uint8_t address = 0x08;
   std::uint64_t frequencyHz = 145'500'000;
-  std::uint8_t mode = 5;    // FM
-  std::uint8_t filter = 1;  // wide
+  std::uint8_t mode = 5;          // FM
+  std::uint8_t filter = 1;        // wide
   bool fiveByteFrequency = true;  // answer 0x03 with 5 data bytes, or 4
   // Set-frequency requests outside this range are refused with 0xFA.
   std::uint64_t minFrequencyHz = 30'000;
@@ -38,21 +39,33 @@ struct BusOptions {
   std::uint32_t seed = 1;
 };
 
+// Modes a radio takes with 0x06: 0x00..0x08 (LSB to RTTY-R) and 0x11 (synchronous AM).
+bool IsKnownMode(std::uint8_t mode);
+// Filters 1..3 (wide, middle, narrow). A set-mode request may also carry 0, "keep the current one".
+bool IsKnownFilter(std::uint8_t filter);
+
 // One frame the bus saw, as sent by the controller.
 struct SeenFrame {
   std::uint8_t to = 0, from = 0, command = 0;
   std::string data;
 };
 
+// Frame reading: bytes before an FE FE preamble are ignored, and so are further FE bytes before the
+// `to` byte. An FE where the `to`, `from` or command byte belongs means the frame in hand was cut
+// off: it is dropped and that FE counts as the first byte of a new preamble. Inside the data FE is
+// an ordinary byte. 0xFC anywhere drops the frame in hand; FD ends it, and a frame shorter than
+// to, from and command is dropped. The seed is read once, at construction.
 class SimBus {
  public:
   explicit SimBus(BusOptions options = {});
 
+  // A radio with an address already on the bus replaces that radio. References stay valid.
   RadioState& AddRadio(RadioState radio);
   RadioState* Radio(std::uint8_t address);  // null when no radio has that address
   BusOptions& Options() { return options_; }
 
-  // Bytes from the controller, received at `nowMs`. Echo and replies are queued with their due time.
+  // Bytes from the controller, received at `nowMs`. Echo and replies are queued with their due
+  // time.
   void Receive(std::string_view bytes, std::int64_t nowMs);
   // Everything due by `nowMs`, in order; the rest stays queued.
   std::string TakeDue(std::int64_t nowMs);
@@ -62,11 +75,16 @@ class SimBus {
   const std::vector<SeenFrame>& Frames() const { return frames_; }
 
  private:
+  void Feed(std::uint8_t byte, std::int64_t nowMs);
+  void FinishFrame(std::int64_t nowMs);
+  void ResetReader();
   void OnFrame(const SeenFrame& frame, std::int64_t nowMs);
+  std::string Answer(RadioState& radio, const SeenFrame& frame);
   void Queue(std::string bytes, std::int64_t dueMs);
+  std::uint32_t NextRandom();
 
   BusOptions options_;
-  std::vector<RadioState> radios_;
+  std::deque<RadioState> radios_;
   std::vector<SeenFrame> frames_;
   struct Pending {
     std::int64_t due;
@@ -108,6 +126,8 @@ class PtyRadio {
 
  private:
   PtyRadio(int fd, std::string slavePath, BusOptions options, int slaveKeepAlive);
+  std::string ReadAvailable();
+  void WriteAll(const std::string& bytes);
 
   int fd_;
   int slaveKeepAlive_;  // keeps the pty usable before the program opens it; -1 for a device
