@@ -5,8 +5,10 @@
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 RELEASE := build/release
 ASAN := build/asan
+FUZZ := build/fuzz
+FUZZ_SECONDS ?= 30
 
-.PHONY: all deps build test test-release test-asan run bench clean
+.PHONY: all deps build test test-release test-asan test-fuzz fuzz run bench clean
 
 all: build
 
@@ -17,7 +19,7 @@ build: deps
 	cmake -S . -B $(RELEASE) -DCMAKE_BUILD_TYPE=Release >/dev/null
 	cmake --build $(RELEASE) -j $(JOBS)
 
-test: test-release test-asan
+test: test-release test-asan test-fuzz
 
 test-release: build
 	cd $(RELEASE) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j $(JOBS)
@@ -30,6 +32,16 @@ test-asan: deps
 	  LSAN_OPTIONS=suppressions=$(CURDIR)/tests/lsan.supp \
 	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
 	  ctest --output-on-failure -j $(JOBS)
+
+# Every fuzz target for FUZZ_SECONDS under ASan and UBSan, from the seed corpus in fuzz/corpus.
+# A longer run: make fuzz FUZZ_SECONDS=3600
+test-fuzz: deps
+	CC=clang CXX=clang++ cmake -S . -B $(FUZZ) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTARNLINE_FUZZ=ON \
+	  -DTARNLINE_QT=OFF -DBUILD_TESTING=OFF -DTARNLINE_BENCH=OFF >/dev/null
+	cmake --build $(FUZZ) -j $(JOBS) --target fuzz_receive fuzz_scanlist fuzz_fields
+	scripts/run-fuzzers.sh $(FUZZ)/fuzz $(FUZZ_SECONDS)
+
+fuzz: test-fuzz
 
 run:
 	@scripts/install-deps.sh run

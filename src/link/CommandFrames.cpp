@@ -22,10 +22,9 @@ constexpr i64 kFmCode = 5;
 // reach it) gives a high digit above 9, unchecked: 100 gives 0xA0.
 std::string IcomWindow::Convert(i64 pair) {
   const i64 high = TruncToInt(static_cast<double>(pair) / 10.0);
-  const i64 low = pair - high * 10;
-  // Unsigned: a saturated pair from an absurd frequency must wrap, not overflow.
-  return ChrB(
-      static_cast<i64>(static_cast<std::uint64_t>(high) * 16u + static_cast<std::uint64_t>(low)));
+  // Unsigned, so that a saturated pair from an absurd frequency wraps instead of overflowing.
+  const auto low = static_cast<std::uint64_t>(pair) - static_cast<std::uint64_t>(high) * 10u;
+  return ChrB(static_cast<i64>(static_cast<std::uint64_t>(high) * 16u + low));
 }
 
 void IcomWindow::ReqFreq(i64 radio) {

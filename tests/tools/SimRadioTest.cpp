@@ -175,10 +175,10 @@ TEST_P(SetMode, AcceptsKnownModesAndFilters) {
 INSTANTIATE_TEST_SUITE_P(Table, SetMode,
                          ::testing::Values(SetModeCase{Bytes({0x00, 0x01}), true, 0x00, 1},
                                            SetModeCase{Bytes({0x08, 0x03}), true, 0x08, 3},
-                                           SetModeCase{Bytes({0x11, 0x01}), true, 0x11, 1},
+                                           SetModeCase{Bytes({0x0B, 0x01}), true, 0x0B, 1},
                                            SetModeCase{Bytes({0x03, 0x00}), true, 0x03, 2},
                                            SetModeCase{Bytes({0x09, 0x01}), false, 0x05, 2},
-                                           SetModeCase{Bytes({0x0B, 0x01}), false, 0x05, 2},
+                                           SetModeCase{Bytes({0x11, 0x01}), false, 0x05, 2},
                                            SetModeCase{Bytes({0x01, 0x04}), false, 0x05, 2},
                                            SetModeCase{Bytes({0x01}), false, 0x05, 2},
                                            SetModeCase{Bytes({0x01, 0x01, 0x01}), false, 0x05, 2}));

@@ -30,7 +30,8 @@ constexpr std::uint8_t kSetFrequency = 0x05;
 constexpr std::uint8_t kSetMode = 0x06;
 
 constexpr std::uint8_t kLastPlainMode = 0x08;
-constexpr std::uint8_t kSyncAmMode = 0x11;
+constexpr std::uint8_t kSyncAmMode =
+    0x0B;  // decimal 11: the byte the program writes and reads as SYNC-AM
 constexpr std::uint8_t kKeepFilter = 0;
 constexpr std::uint8_t kMaxFilter = 3;
 

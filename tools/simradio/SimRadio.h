@@ -39,7 +39,7 @@ struct BusOptions {
   std::uint32_t seed = 1;
 };
 
-// Modes a radio takes with 0x06: 0x00..0x08 (LSB to RTTY-R) and 0x11 (synchronous AM).
+// Modes a radio takes with 0x06: 0x00..0x08 (LSB to RTTY-R) and 0x0B, decimal 11 (synchronous AM).
 bool IsKnownMode(std::uint8_t mode);
 // Filters 1..3 (wide, middle, narrow). A set-mode request may also carry 0, "keep the current one".
 bool IsKnownFilter(std::uint8_t filter);

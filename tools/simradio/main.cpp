@@ -59,7 +59,7 @@ struct ModeName {
 };
 constexpr ModeName kModes[] = {{"LSB", 0x00},    {"USB", 0x01}, {"AM", 0x02},  {"CW", 0x03},
                                {"RTTY", 0x04},   {"FM", 0x05},  {"WFM", 0x06}, {"CW-R", 0x07},
-                               {"RTTY-R", 0x08}, {"S-AM", 0x11}};
+                               {"RTTY-R", 0x08}, {"S-AM", 0x0B}};
 
 [[noreturn]] void Fail(const std::string& message) {
   throw std::invalid_argument(message);
