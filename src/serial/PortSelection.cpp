@@ -38,6 +38,7 @@ void IcomWindow::SetSerialStuff(i64 port, i64 baud) {
     MsgBox("Failure to open serial  port!!");
     return;
   }
+  lineLossTold_ = false;
   Serial1->Baud = baud;
   Serial1->Bits = 3;
   Serial1->Parity = 0;

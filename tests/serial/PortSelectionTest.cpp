@@ -109,3 +109,34 @@ TEST(PortSelection, ReopeningKeepsTheRingAndTheHalfReceivedFrame) {
 
 }  // namespace
 }  // namespace tarn::test
+
+namespace tarn::test {
+namespace {
+
+TEST(LostPort, IsToldOnceAndThePortCanBePickedAgainWhenItIsBack) {
+  WindowHarness h;
+  h.Start();
+  h.clock.AdvanceBy(1000);
+  h.Line().lost = true;  // the adapter is unplugged
+  h.clock.AdvanceBy(10'000);
+  ASSERT_EQ(h.messages.shown.size(), 1u);
+  EXPECT_EQ(h.messages.shown[0],
+            "The serial port port0 is gone. Choose it again under Serial Port once it is back.");
+  EXPECT_EQ(h.w->serialBufHead, h.w->serialBufTail);  // frames still leave the ring
+
+  h.Line().lost = false;  // plugged back in: the user picks the port again
+  h.w->SerialPopup.SetListIndex(0);
+  EXPECT_TRUE(h.Line().open);
+  const std::size_t before = h.Line().writes.size();
+  h.Line().incoming = Bytes({0xFE, 0xFE, 0xE0, 0x08, 0x03, 0x00, 0x00, 0x25, 0x14, 0x00, 0xFD});
+  h.clock.AdvanceBy(2000);
+  EXPECT_GT(h.Line().writes.size(), before);
+  EXPECT_EQ(h.w->FreqDisplay.Text(), "14250");
+
+  h.Line().lost = true;  // a second loss is told again
+  h.clock.AdvanceBy(1000);
+  EXPECT_EQ(h.messages.shown.size(), 2u);
+}
+
+}  // namespace
+}  // namespace tarn::test

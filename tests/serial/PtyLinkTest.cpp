@@ -72,6 +72,7 @@ TEST_F(PtyLink, APulledCableLeavesTheProgramRunning) {
     return l.find("is gone") != std::string::npos;
   });
   EXPECT_EQ(gone, 1);
+  EXPECT_EQ(h.messages.shown.size(), 1u);  // told once, not per read
 }
 
 }  // namespace

@@ -73,6 +73,8 @@ class SimBus {
   std::int64_t NextDue() const;
 
   const std::vector<SeenFrame>& Frames() const { return frames_; }
+  // Forgets the frames seen so far: a long run keeps its memory flat.
+  void ClearFrames() { frames_.clear(); }
 
  private:
   void Feed(std::uint8_t byte, std::int64_t nowMs);
