@@ -5,10 +5,11 @@
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 RELEASE := build/release
 ASAN := build/asan
+TSAN := build/tsan
 FUZZ := build/fuzz
 FUZZ_SECONDS ?= 30
 
-.PHONY: all deps build test test-release test-asan test-fuzz fuzz run bench clean
+.PHONY: all deps build test test-release test-asan test-tsan test-fuzz fuzz run bench clean
 
 all: build
 
@@ -19,7 +20,7 @@ build: deps
 	cmake -S . -B $(RELEASE) -DCMAKE_BUILD_TYPE=Release >/dev/null
 	cmake --build $(RELEASE) -j $(JOBS)
 
-test: test-release test-asan test-fuzz
+test: test-release test-asan test-tsan test-fuzz
 
 test-release: build
 	cd $(RELEASE) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j $(JOBS)
@@ -32,6 +33,12 @@ test-asan: deps
 	  LSAN_OPTIONS=suppressions=$(CURDIR)/tests/lsan.supp \
 	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
 	  ctest --output-on-failure -j $(JOBS)
+
+# The Qt-free core and the simulated radio, whose serving thread is the only other thread.
+test-tsan: deps
+	cmake -S . -B $(TSAN) -DCMAKE_BUILD_TYPE=Debug -DTARNLINE_TSAN=ON -DTARNLINE_QT=OFF -DTARNLINE_BENCH=OFF >/dev/null
+	cmake --build $(TSAN) -j $(JOBS) --target tarnline_tests
+	cd $(TSAN) && TSAN_OPTIONS=halt_on_error=1 ctest --output-on-failure -j $(JOBS)
 
 # Every fuzz target for FUZZ_SECONDS under ASan and UBSan, from the seed corpus in fuzz/corpus.
 # A longer run: make fuzz FUZZ_SECONDS=3600
