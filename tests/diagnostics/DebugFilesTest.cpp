@@ -8,6 +8,11 @@
 namespace tarn::test {
 namespace {
 
+long WriteFailuresTold(const WindowHarness& h) {
+  return std::count_if(h.log.lines.begin(), h.log.lines.end(),
+                       [](const std::string& l) { return l.rfind("cannot write", 0) == 0; });
+}
+
 TEST(DebugFile, CreatedThenAppendedWithNoLineEnds) {
   TempFolder dir;
   WindowHarness h(1, dir.Path());
@@ -63,10 +68,7 @@ TEST(DebugFile, AnUnwritableFileCostsThePumpNothingAndIsToldOnce) {
     h.w->CheckSerial();
   }
   EXPECT_EQ(h.w->FreqDisplay.Text(), "145500");
-  const auto told = std::count_if(h.log.lines.begin(), h.log.lines.end(), [](const std::string& l) {
-    return l.rfind("cannot write", 0) == 0;
-  });
-  EXPECT_EQ(told, 1);
+  EXPECT_EQ(WriteFailuresTold(h), 1);
 }
 
 TEST(DebugFile, AFolderThatIsNotThereIsSurvivedToo) {
@@ -78,10 +80,7 @@ TEST(DebugFile, AFolderThatIsNotThereIsSurvivedToo) {
     h.w->CheckSerial();
   }
   EXPECT_EQ(h.w->ModeDisplay.Text(), "USB");
-  const auto told = std::count_if(h.log.lines.begin(), h.log.lines.end(), [](const std::string& l) {
-    return l.rfind("cannot write", 0) == 0;
-  });
-  EXPECT_EQ(told, 1);
+  EXPECT_EQ(WriteFailuresTold(h), 1);
 }
 
 TEST(ParseDebugFile, ConvertsRawBytesItselfAndAnEmptyTextLeavesAnEmptyFile) {
