@@ -77,3 +77,24 @@ TEST_F(PtyLink, APulledCableLeavesTheProgramRunning) {
 
 }  // namespace
 }  // namespace tarn::test
+
+namespace tarn::test {
+namespace {
+
+TEST(PtyLine, EveryBaudRowIsSetOnARealLineAndTheRadioStillAnswers) {
+  PtyHarness h;
+  h.Start();
+  h.w->ReqTimer.SetMode(0);
+  for (int row = 0; row < 14; ++row) {
+    h.w->BaudPopup.SetListIndex(row);
+    h.w->FreqDisplay.SetText("-");
+    h.w->ReqFreq(8);
+    EXPECT_TRUE(h.RunUntil([&] { return h.w->FreqDisplay.Text() == "145500"; }, 2000)) << row;
+  }
+  for (const std::string& line : h.log.lines)
+    EXPECT_EQ(line.find("cannot"), std::string::npos) << line;
+  EXPECT_TRUE(h.messages.shown.empty());
+}
+
+}  // namespace
+}  // namespace tarn::test
