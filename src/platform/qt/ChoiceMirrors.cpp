@@ -1,0 +1,131 @@
+// The mirrors of popups, static texts, check boxes and push buttons.
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QPushButton>
+#include <string>
+#include <vector>
+
+#include "platform/qt/ControlMirror.h"
+
+namespace tarn {
+
+namespace {
+
+QString ToQt(const std::string& text) {
+  return QString::fromStdString(text);
+}
+
+class PopupMirror : public ControlMirror {
+ public:
+  PopupMirror(PopupMenu& model, QWidget* parent)
+      : ControlMirror(model, new QComboBox(parent)), popup_(model) {
+    combo_ = static_cast<QComboBox*>(Widget());
+    // activated is the user's choice only, and comes also when the row chosen is the one shown:
+    // choosing the same port again is how a lost port is opened afresh.
+    connect(combo_, &QComboBox::activated, this, [this](int row) {
+      if (!Updating()) popup_.SetListIndex(row);
+    });
+    Attach();
+  }
+
+ protected:
+  void ShowModel() override {
+    if (rowsShown_ != popup_.Rows()) {
+      rowsShown_ = popup_.Rows();
+      combo_->clear();
+      for (const std::string& row : rowsShown_) combo_->addItem(ToQt(row));
+    }
+    // -1 shows an empty combo, as a popup without a selection must.
+    const int row = static_cast<int>(popup_.ListIndex());
+    if (combo_->currentIndex() != row) combo_->setCurrentIndex(row);
+  }
+
+ private:
+  PopupMenu& popup_;
+  QComboBox* combo_ = nullptr;
+  std::vector<std::string> rowsShown_;
+};
+
+class LabelMirror : public ControlMirror {
+ public:
+  LabelMirror(StaticText& model, QWidget* parent)
+      : ControlMirror(model, new QLabel(parent)), text_(model) {
+    label_ = static_cast<QLabel*>(Widget());
+    // What the radio or the port sends is shown as it is, never read as markup.
+    label_->setTextFormat(Qt::PlainText);
+    Attach();
+  }
+
+ protected:
+  void ShowModel() override {
+    const QString text = ToQt(text_.Text());
+    if (label_->text() != text) label_->setText(text);
+  }
+
+ private:
+  StaticText& text_;
+  QLabel* label_ = nullptr;
+};
+
+class CheckBoxMirror : public ControlMirror {
+ public:
+  CheckBoxMirror(CheckBox& model, QWidget* parent)
+      : ControlMirror(model, new QCheckBox(parent)), check_(model) {
+    box_ = static_cast<QCheckBox*>(Widget());
+    // clicked is the user's (mouse or space bar); setChecked from the model does not raise it.
+    connect(box_, &QCheckBox::clicked, this, [this](bool checked) {
+      if (!Updating()) check_.SetValue(checked);
+    });
+    Attach();
+  }
+
+ protected:
+  void ShowModel() override {
+    box_->setText(ToQt(check_.caption));
+    if (box_->isChecked() != check_.Value()) box_->setChecked(check_.Value());
+  }
+
+ private:
+  CheckBox& check_;
+  QCheckBox* box_ = nullptr;
+};
+
+class ButtonMirror : public ControlMirror {
+ public:
+  ButtonMirror(PushButton& model, QWidget* parent)
+      : ControlMirror(model, new QPushButton(parent)), push_(model) {
+    button_ = static_cast<QPushButton*>(Widget());
+    connect(button_, &QPushButton::clicked, this, [this] {
+      if (!Updating()) push_.Push();
+    });
+    Attach();
+  }
+
+ protected:
+  void ShowModel() override { button_->setText(ToQt(push_.caption)); }
+
+ private:
+  PushButton& push_;
+  QPushButton* button_ = nullptr;
+};
+
+}  // namespace
+
+std::unique_ptr<ControlMirror> MakePopupMirror(PopupMenu& model, QWidget* parent) {
+  return std::make_unique<PopupMirror>(model, parent);
+}
+
+std::unique_ptr<ControlMirror> MakeLabelMirror(StaticText& model, QWidget* parent) {
+  return std::make_unique<LabelMirror>(model, parent);
+}
+
+std::unique_ptr<ControlMirror> MakeCheckBoxMirror(CheckBox& model, QWidget* parent) {
+  return std::make_unique<CheckBoxMirror>(model, parent);
+}
+
+std::unique_ptr<ControlMirror> MakeButtonMirror(PushButton& model, QWidget* parent) {
+  return std::make_unique<ButtonMirror>(model, parent);
+}
+
+}  // namespace tarn
