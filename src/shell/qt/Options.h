@@ -1,0 +1,33 @@
+// The command line of tarnline.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace tarn {
+
+struct Options {
+  std::vector<std::string> ports;  // --port, in the order given
+  bool demo = false;
+  bool help = false;
+  bool printChanges = false;
+  int statusAfterMs = -1;  // -1: never
+  int quitAfterMs = -1;
+  std::string screenshot;  // a PNG path; empty: none
+};
+
+struct ParsedOptions {
+  Options options;
+  std::string error;  // empty when the command line was good
+};
+
+// `args` without the program name. Each value option takes "--name VALUE" or "--name=VALUE".
+ParsedOptions ParseOptions(const std::vector<std::string>& args);
+
+// The --help text.
+const char* Usage();
+
+// The moment of the screenshot when --status-after does not give one.
+inline constexpr int kDefaultScreenshotAfterMs = 3000;
+
+}  // namespace tarn

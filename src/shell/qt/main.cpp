@@ -1,0 +1,139 @@
+// tarnline: the program. Start-up order: the command line, the file type, the App object, the
+// services, the window's model (its controls and menu model), the Qt window with its menu bar,
+// then the window's open events and init.
+#include <QApplication>
+#include <QTimer>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "link/IcomWindow.h"
+#include "platform/PosixSerial.h"
+#include "platform/qt/QtClock.h"
+#include "platform/qt/QtPorts.h"
+#include "platform/qt/QtServices.h"
+#include "shell/qt/MainWindow.h"
+#include "shell/qt/Options.h"
+#include "shell/qt/QuitOnSignals.h"
+#include "simradio/SimRadio.h"
+
+namespace tarn {
+namespace {
+
+AppVersion BuildVersion() {
+  AppVersion v;
+  v.MajorVersion = TARNLINE_VERSION_MAJOR;
+  v.MinorVersion = TARNLINE_VERSION_MINOR;
+  v.BugVersion = TARNLINE_VERSION_PATCH;
+  v.ShortVersion = TARNLINE_VERSION;
+  v.LongVersion = std::string("Tarnline ") + TARNLINE_VERSION;
+  return v;
+}
+
+// Members go in reverse order: the view before the model it mirrors, the model (and its timers)
+// before the clock, the demo radio after the window has closed its end of the line.
+struct Program {
+  explicit Program(const FileType& textType)
+      : files({{textType.MacType, QStringLiteral("Text files (*.txt *.TXT)")}}) {}
+
+  QtClock clock;
+  QtLog log;
+  QtMessages messages;
+  QtFileChooser files;
+  PosixSerialDriver serial;
+  FixedPortCatalog ports;
+  App app;
+  std::unique_ptr<sim::PtyRadio> demoRadio;
+  std::unique_ptr<IcomWindow> window;
+  std::unique_ptr<MainWindow> view;
+};
+
+// One radio at 08 on a pseudo-terminal, served from a thread of its own.
+std::unique_ptr<sim::PtyRadio> StartDemoRadio() {
+  std::string why;
+  std::unique_ptr<sim::PtyRadio> radio = sim::PtyRadio::OpenPty(sim::BusOptions{}, why);
+  if (!radio) {
+    std::cerr << "tarnline: cannot start the simulated radio: " << why << "\n";
+    return nullptr;
+  }
+  radio->WithBus([](sim::SimBus& bus) { bus.AddRadio(sim::RadioState{}); });
+  radio->StartThread();
+  return radio;
+}
+
+// Asks the radio of the Radio ID field once, through the window's own requests, so the displays
+// fill without waiting for the first two ticks of the poll (one and two seconds).
+void AskOnce(IcomWindow& w) {
+  const i64 radio = w.FromHex(w.EditRadioIDHex.Text());
+  w.ReqFreq(radio);
+  w.ReqMode(radio);
+}
+
+void PrintStatus(const MainWindow& view) {
+  std::cout << view.StatusLine().toStdString() << std::endl;
+}
+
+void ScheduleScripted(const Options& o, MainWindow& view) {
+  if (o.printChanges) view.displaysChanged = [&view] { PrintStatus(view); };
+  if (o.statusAfterMs >= 0)
+    QTimer::singleShot(o.statusAfterMs, &view, [&view] { PrintStatus(view); });
+  if (!o.screenshot.empty()) {
+    const int at = o.statusAfterMs >= 0 ? o.statusAfterMs : kDefaultScreenshotAfterMs;
+    QTimer::singleShot(at, &view, [&view, path = QString::fromStdString(o.screenshot)] {
+      if (!view.grab().save(path, "PNG")) {
+        std::cerr << "tarnline: cannot save " << path.toStdString() << "\n";
+      }
+    });
+  }
+  if (o.quitAfterMs >= 0) {
+    QTimer::singleShot(o.quitAfterMs, &view, [&view] { view.MenuAction("FileQuit")->trigger(); });
+  }
+}
+
+int Run(const Options& o) {
+  const FileType textType;
+  Program p(textType);
+  p.app.version = BuildVersion();
+  QCoreApplication::setApplicationVersion(QString::fromStdString(p.app.version.ShortVersion));
+  std::vector<std::string> given = o.ports;
+  if (o.demo) {
+    p.demoRadio = StartDemoRadio();
+    if (!p.demoRadio) return 1;
+    given.insert(given.begin(), p.demoRadio->SlavePath());
+  }
+  p.ports.Ports() = MergePorts(given, MachinePorts());
+  // An empty work folder is the current folder: DEBUG.TXT lands where the program was started.
+  p.window = std::make_unique<IcomWindow>(
+      p.app, WindowServices{p.clock, p.ports, p.serial, p.log, p.messages, p.files, ""});
+  p.view = std::make_unique<MainWindow>(*p.window);
+  p.messages.SetParent(p.view.get());
+  p.files.SetParent(p.view.get());
+  p.view->ShowAndStart();
+  if (o.demo) AskOnce(*p.window);
+  ScheduleScripted(o, *p.view);
+  QuitOnSignals(*p.view->MenuAction("FileQuit"));
+  return QApplication::exec();
+}
+
+}  // namespace
+}  // namespace tarn
+
+int main(int argc, char** argv) {
+  const tarn::ParsedOptions parsed =
+      tarn::ParseOptions(std::vector<std::string>(argv + 1, argv + argc));
+  if (!parsed.error.empty()) {
+    std::cerr << "tarnline: " << parsed.error << "\nTry 'tarnline --help'.\n";
+    return 2;
+  }
+  if (parsed.options.help) {
+    std::cout << tarn::Usage();
+    return 0;
+  }
+  // Qt sees no arguments: ours are parsed already, and Qt's own settings come from the
+  // environment, so a port path can never be taken for a Qt option.
+  int qtArgc = 1;
+  QApplication qtApp(qtArgc, argv);
+  QCoreApplication::setApplicationName(QStringLiteral("Tarnline"));
+  return tarn::Run(parsed.options);
+}
