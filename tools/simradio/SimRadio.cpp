@@ -43,7 +43,9 @@ constexpr std::size_t kLongFrequencyBytes = 5;
 
 constexpr int kWriteRetries = 20;
 constexpr int kWriteRetryWaitMs = 50;
-constexpr int kThreadPollMs = 20;
+// The serving thread sleeps until the line has bytes, a reply falls due, or Stop() wakes it, so an
+// idle radio costs no wake-ups; this bound only keeps a lost wake-up from hanging Stop().
+constexpr int kThreadPollMs = 1000;
 
 // Packed decimal, least significant pair first. Digits above the field are dropped, as a radio
 // that answers in four bytes cannot express 100 MHz and above.
@@ -280,7 +282,9 @@ std::int64_t SteadyNowMs() {
 }
 
 PtyRadio::PtyRadio(int fd, std::string slavePath, BusOptions options, int slaveKeepAlive)
-    : fd_(fd), slaveKeepAlive_(slaveKeepAlive), slavePath_(std::move(slavePath)), bus_(options) {}
+    : fd_(fd), slaveKeepAlive_(slaveKeepAlive), slavePath_(std::move(slavePath)), bus_(options) {
+  if (pipe2(wake_, O_CLOEXEC | O_NONBLOCK) != 0) wake_[0] = wake_[1] = -1;
+}
 
 std::unique_ptr<PtyRadio> PtyRadio::OpenPty(BusOptions options, std::string& why) {
   int master = -1, slave = -1;
@@ -324,6 +328,10 @@ std::unique_ptr<PtyRadio> PtyRadio::OpenDevice(const std::string& path, BusOptio
 
 PtyRadio::~PtyRadio() {
   Hangup();
+  for (int& fd : wake_) {
+    if (fd >= 0) close(fd);
+    fd = -1;
+  }
 }
 
 std::string PtyRadio::ReadAvailable() {
@@ -365,12 +373,13 @@ void PtyRadio::ServeOnce(int timeoutMs) {
   if (next >= 0) {
     waitMs = static_cast<int>(std::clamp<std::int64_t>(next - SteadyNowMs(), 0, waitMs));
   }
-  pollfd p{fd_, POLLIN, 0};
-  const int ready = poll(&p, 1, waitMs);
+  pollfd p[2] = {{fd_, POLLIN, 0}, {wake_[0], POLLIN, 0}};
+  const int ready = poll(p, wake_[0] >= 0 ? 2 : 1, waitMs);
+  if (ready > 0 && (p[1].revents & POLLIN)) return;  // Stop() is waiting
   std::string data;
-  if (ready > 0 && (p.revents & POLLIN)) data = ReadAvailable();
+  if (ready > 0 && (p[0].revents & POLLIN)) data = ReadAvailable();
   // Ready yet nothing to read: the line is hung up or in error. Wait out the time, not spin.
-  if (ready > 0 && data.empty()) poll(nullptr, 0, waitMs);
+  if (ready > 0 && data.empty()) poll(&p[1], wake_[0] >= 0 ? 1 : 0, waitMs);
   std::string out = WithBus([&](SimBus& bus) {
     const std::int64_t now = SteadyNowMs();
     if (!data.empty()) bus.Receive(data, now);
@@ -389,7 +398,12 @@ void PtyRadio::StartThread() {
 
 void PtyRadio::Stop() {
   running_ = false;
-  if (thread_.joinable()) thread_.join();
+  if (!thread_.joinable()) return;
+  if (wake_[1] >= 0) (void)!write(wake_[1], "x", 1);
+  thread_.join();
+  char drain[16];
+  while (wake_[0] >= 0 && read(wake_[0], drain, sizeof drain) > 0) {
+  }
 }
 
 void PtyRadio::Hangup() {

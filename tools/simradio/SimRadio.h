@@ -132,7 +132,8 @@ class PtyRadio {
   void WriteAll(const std::string& bytes);
 
   int fd_;
-  int slaveKeepAlive_;  // keeps the pty usable before the program opens it; -1 for a device
+  int slaveKeepAlive_;      // keeps the pty usable before the program opens it; -1 for a device
+  int wake_[2] = {-1, -1};  // a pipe: Stop() writes to wake the serving thread
   std::string slavePath_;
   std::mutex mutex_;
   SimBus bus_;
