@@ -25,16 +25,33 @@ bool ForwardKey(EditField& model, const QKeyEvent& key) {
   return model.PressKey(text.toStdString());
 }
 
-class LineEditMirror : public ControlMirror {
+// What both edit mirrors share: the model, and its keys taken before the widget sees them.
+class EditFieldMirror : public ControlMirror {
+ public:
+  EditFieldMirror(EditField& model, QWidget* widget) : ControlMirror(model, widget), field_(model) {
+    widget->installEventFilter(this);
+  }
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (watched == Widget() && event->type() == QEvent::KeyPress) {
+      return ForwardKey(field_, static_cast<const QKeyEvent&>(*event));
+    }
+    return false;
+  }
+
+  EditField& field_;
+};
+
+class LineEditMirror : public EditFieldMirror {
  public:
   LineEditMirror(EditField& model, QWidget* parent)
-      : ControlMirror(model, new QLineEdit(parent)), field_(model) {
+      : EditFieldMirror(model, new QLineEdit(parent)) {
     edit_ = static_cast<QLineEdit*>(Widget());
     // textEdited comes from the user only (typing, cut, paste, undo), never from setText.
     connect(edit_, &QLineEdit::textEdited, this, [this](const QString& text) {
       if (!Updating()) field_.SetText(text.toStdString());
     });
-    edit_->installEventFilter(this);
     Attach();
   }
 
@@ -45,24 +62,16 @@ class LineEditMirror : public ControlMirror {
     if (edit_->text() != text) edit_->setText(text);
   }
 
-  bool eventFilter(QObject* watched, QEvent* event) override {
-    if (watched == edit_ && event->type() == QEvent::KeyPress) {
-      return ForwardKey(field_, static_cast<const QKeyEvent&>(*event));
-    }
-    return false;
-  }
-
  private:
-  EditField& field_;
   QLineEdit* edit_ = nullptr;
 };
 
 // The data monitor: the logic appends received bytes through the selection and cuts old text from
 // the front. The widget follows the model's text and stays scrolled to its end.
-class PlainTextMirror : public ControlMirror {
+class PlainTextMirror : public EditFieldMirror {
  public:
   PlainTextMirror(EditField& model, QWidget* parent)
-      : ControlMirror(model, new QPlainTextEdit(parent)), field_(model) {
+      : EditFieldMirror(model, new QPlainTextEdit(parent)) {
     edit_ = static_cast<QPlainTextEdit*>(Widget());
     // Appends from the port would pile up in the undo history for as long as the program runs.
     edit_->setUndoRedoEnabled(false);
@@ -70,7 +79,6 @@ class PlainTextMirror : public ControlMirror {
     connect(edit_, &QPlainTextEdit::textChanged, this, [this] {
       if (!Updating()) field_.SetText(edit_->toPlainText().toStdString());
     });
-    edit_->installEventFilter(this);
     Attach();
   }
 
@@ -91,15 +99,7 @@ class PlainTextMirror : public ControlMirror {
     bar->setValue(bar->maximum());
   }
 
-  bool eventFilter(QObject* watched, QEvent* event) override {
-    if (watched == edit_ && event->type() == QEvent::KeyPress) {
-      return ForwardKey(field_, static_cast<const QKeyEvent&>(*event));
-    }
-    return false;
-  }
-
  private:
-  EditField& field_;
   QPlainTextEdit* edit_ = nullptr;
 };
 
