@@ -3,6 +3,7 @@
 // then the window's open events and init.
 #include <QApplication>
 #include <QTimer>
+#include <exception>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -74,20 +75,24 @@ void PrintStatus(const MainWindow& view) {
   std::cout << view.StatusLine().toStdString() << std::endl;
 }
 
+// Precise timers: coarse ones may fire 5% early or late, which could put the quit of
+// "--status-after 2500 --quit-after 2600" before the status line it is meant to follow.
 void ScheduleScripted(const Options& o, MainWindow& view) {
   if (o.printChanges) view.displaysChanged = [&view] { PrintStatus(view); };
   if (o.statusAfterMs >= 0)
-    QTimer::singleShot(o.statusAfterMs, &view, [&view] { PrintStatus(view); });
+    QTimer::singleShot(o.statusAfterMs, Qt::PreciseTimer, &view, [&view] { PrintStatus(view); });
   if (!o.screenshot.empty()) {
     const int at = o.statusAfterMs >= 0 ? o.statusAfterMs : kDefaultScreenshotAfterMs;
-    QTimer::singleShot(at, &view, [&view, path = QString::fromStdString(o.screenshot)] {
-      if (!view.grab().save(path, "PNG")) {
-        std::cerr << "tarnline: cannot save " << path.toStdString() << "\n";
-      }
-    });
+    QTimer::singleShot(at, Qt::PreciseTimer, &view,
+                       [&view, path = QString::fromStdString(o.screenshot)] {
+                         if (!view.grab().save(path, "PNG")) {
+                           std::cerr << "tarnline: cannot save " << path.toStdString() << "\n";
+                         }
+                       });
   }
   if (o.quitAfterMs >= 0) {
-    QTimer::singleShot(o.quitAfterMs, &view, [&view] { view.MenuAction("FileQuit")->trigger(); });
+    QTimer::singleShot(o.quitAfterMs, Qt::PreciseTimer, &view,
+                       [&view] { view.MenuAction("FileQuit")->trigger(); });
   }
 }
 
@@ -135,5 +140,14 @@ int main(int argc, char** argv) {
   int qtArgc = 1;
   QApplication qtApp(qtArgc, argv);
   QCoreApplication::setApplicationName(QStringLiteral("Tarnline"));
-  return tarn::Run(parsed.options);
+  // The last catch: an exception out of start-up is said once, and the program ends with an error
+  // status instead of an abort.
+  try {
+    return tarn::Run(parsed.options);
+  } catch (const std::exception& e) {
+    std::cerr << "tarnline: unexpected error: " << e.what() << "\n";
+  } catch (...) {
+    std::cerr << "tarnline: unexpected error\n";
+  }
+  return 1;
 }
