@@ -22,7 +22,8 @@ inline constexpr std::string_view EndOfLine = "\n";
 double Val(std::string_view text);
 
 // A decimal text for a double with at most 15 significant digits, so that arithmetic noise such as
-// 14249.999999999998 reads "14250". No exponent below 1e15, which covers every radio frequency.
+// 14249.999999999998 reads "14250". No exponent from 1e-4 up to 1e15, which covers every radio
+// frequency; a value outside that range (only a garbled reply makes one) reads like "1e-05".
 std::string Str(double value);
 std::string Str(i64 value);
 inline std::string Str(int value) {

@@ -19,6 +19,20 @@ TEST(FromHex, TurnsAnyTextIntoOneByte) {
   for (const auto& c : cases) EXPECT_EQ(h.w->FromHex(c.text), c.value) << '"' << c.text << '"';
 }
 
+// Field texts are UTF-8 and count by characters: a character that is not a digit is worth 0 in
+// its place, however many bytes it takes.
+TEST(FromHex, CountsCharactersNotBytes) {
+  WindowHarness h;
+  h.BuildOnly();
+  struct Case {
+    const char* text;
+    i64 value;
+  } cases[] = {
+      {"é5", 5}, {"5é", 80}, {"\u00A0a", 10}, {"éa4", 10}, {"€", 0}, {"1€", 16},
+  };
+  for (const auto& c : cases) EXPECT_EQ(h.w->FromHex(c.text), c.value) << '"' << c.text << '"';
+}
+
 TEST(FromHexDigit, LettersAThroughFAndDecimalDigits) {
   WindowHarness h;
   h.BuildOnly();

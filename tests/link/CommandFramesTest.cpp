@@ -94,6 +94,28 @@ TEST(SetMode, SendsBothPopupsAndSsbAsFmWithFilterZero) {
   }
 }
 
+// Every frame reads the controller field at the moment it is built; SetFreq, ReqFreq and ReqMode
+// take the radio as given, SetMode reads the Radio ID field itself.
+TEST(Frames, TakeTheAddressesOfTheMomentFromTheFieldsAndArguments) {
+  WindowHarness h;
+  h.Start();
+  h.w->OurIDEditFieldHex.SetText("a1");
+  h.w->EditRadioIDHex.SetText("5c");
+  h.w->PopupFreqBytes.SetListIndex(0);
+  h.w->SetFreq(0x33, 14.25);
+  h.w->ReqMode(0x44);
+  h.w->OurIDEditFieldHex.SetText("E2");
+  h.w->PopupMode.Change = nullptr;
+  h.w->PopupMode.SetListIndex(1);
+  h.w->SetMode();
+  h.w->ReqFreq(0x27);
+  EXPECT_EQ(HexText(Queued(*h.w)),
+            HexText(Bytes({0xFE, 0xFE, 0x33, 0xA1, 0x05, 0x49, 0x00, 0x25, 0x14, 0xFD,  //
+                           0xFE, 0xFE, 0x44, 0xA1, 0x04, 0xFD,                          //
+                           0xFE, 0xFE, 0x5C, 0xE2, 0x06, 0x01, 0x01, 0xFD,              //
+                           0xFE, 0xFE, 0x27, 0xE2, 0x03, 0xFD})));
+}
+
 TEST(Frames, AddressBytesGoOutAsTheyStandWithNoEscaping) {
   WindowHarness h;
   h.Start();
