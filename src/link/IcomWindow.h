@@ -201,7 +201,6 @@ class IcomWindow {
   void StoreDataByte(i64 value);
   void EndOfFrame();
   bool WaitForAnswer();
-  void TellLineLost();
   bool AppendTrace(const std::string& fileName, std::string_view text, bool& failureTold);
 
   App& app;
@@ -214,7 +213,6 @@ class IcomWindow {
   i64 refusedFrames_ = 0;
   i64 refusedUntold_ = 0;
   bool debugFileFailureTold_ = false;
-  bool lineLossTold_ = false;
   bool parseDebugFileFailureTold_ = false;
 };
 

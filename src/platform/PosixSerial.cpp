@@ -47,7 +47,12 @@ speed_t StandardSpeed(int baud) {
 class PosixSerialDevice : public SerialDevice {
  public:
   explicit PosixSerialDevice(int fd) : fd_(fd) {}
-  ~PosixSerialDevice() override { ::close(fd_); }
+  // Unsent output is discarded first: Linux otherwise holds close() until it has drained, up to
+  // 30 s on a slow or stalled line, and the window would freeze on a change of port or speed.
+  ~PosixSerialDevice() override {
+    ::tcflush(fd_, TCOFLUSH);
+    ::close(fd_);
+  }
 
   bool Configure(const LineSettings& s) override {
     termios tio{};
@@ -90,11 +95,13 @@ class PosixSerialDevice : public SerialDevice {
     }
   }
 
-  void Write(std::string_view bytes) override {
-    if (lost_) return;
-    if (pending_.size() + bytes.size() > kMaxPendingOut) return;
+  bool Write(std::string_view bytes) override {
+    if (lost_) return false;
+    Flush();
+    if (pending_.size() + bytes.size() > kMaxPendingOut) return false;
     pending_.append(bytes);
     Flush();
+    return true;
   }
 
   bool WaitReadable(i64 maxMs) override {

@@ -29,6 +29,7 @@ bool Serial::Open() {
     log_.DebugLog("cannot open serial port " + SerialPort.path + ": " + why);
     return false;
   }
+  if (lossReported_) status_.ShowStatus("");
   lossReported_ = false;
   return true;
 }
@@ -47,6 +48,8 @@ void Serial::NoteLoss() {
   if (lossReported_) return;
   lossReported_ = true;
   log_.DebugLog("serial port " + SerialPort.path + " is gone");
+  status_.ShowStatus("Serial port " + SerialPort.Name +
+                     " is gone: choose it again under Serial Port once it is back.");
 }
 
 std::string Serial::ReadAll() {
@@ -58,9 +61,14 @@ std::string Serial::ReadAll() {
 }
 
 void Serial::Write(std::string_view bytes) {
-  if (!device_ || bytes.empty()) return;
-  device_->Write(bytes);
-  if (device_->Lost()) NoteLoss();
+  if (!device_) return;
+  const bool taken = device_->Write(bytes);
+  if (device_->Lost()) {
+    NoteLoss();
+  } else if (!taken && !stallReported_) {
+    log_.DebugLog("serial port " + SerialPort.path + " takes no output: bytes dropped");
+  }
+  stallReported_ = !taken;
 }
 
 bool Serial::WaitReadable(i64 maxMs) {

@@ -3,7 +3,8 @@
 // The logic names a port, opens it, then sets speed and format by codes and calls Reset, which
 // puts them in force. ReadAll returns at once with every byte received since the last read; Write
 // takes a whole frame, never blocks and changes no byte. Both are harmless on a port that is not
-// open, or that vanished: reads give nothing and writes are dropped.
+// open, or that vanished: reads give nothing and writes are dropped. A port that vanishes is put
+// in the window's status once, and the status is cleared when a port opens again.
 //
 // Codes: Baud 0..13 select 300, 600, 1200, 1800, 2400, 3600, 4800, 7200, 9600, 14400, 19200,
 // 28800, 38400 and 57600 baud (a code outside that range selects 9600); Bits 0..3 are 5..8 data
@@ -36,7 +37,9 @@ class SerialDevice {
   virtual bool Configure(const LineSettings& settings) = 0;
   // Appends every byte that is waiting to `out`; never blocks.
   virtual void ReadAvailable(std::string& out) = 0;
-  virtual void Write(std::string_view bytes) = 0;
+  // Takes the whole text or none of it; false when the line has taken nothing for so long that
+  // the text was dropped.
+  virtual bool Write(std::string_view bytes) = 0;
   virtual bool WaitReadable(i64 maxMs) = 0;
   // The line is gone (hang-up, cable pulled): reads give nothing from now on.
   virtual bool Lost() const = 0;
@@ -51,7 +54,8 @@ class SerialDriver {
 
 class Serial {
  public:
-  Serial(SerialDriver& driver, LogSink& log) : driver_(driver), log_(log) {}
+  Serial(SerialDriver& driver, LogSink& log, MessageSink& status)
+      : driver_(driver), log_(log), status_(status) {}
 
   bool Open();
   void Close();
@@ -78,8 +82,10 @@ class Serial {
 
   SerialDriver& driver_;
   LogSink& log_;
+  MessageSink& status_;
   std::unique_ptr<SerialDevice> device_;
   bool lossReported_ = false;
+  bool stallReported_ = false;
 };
 
 }  // namespace tarn

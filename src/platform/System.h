@@ -45,10 +45,13 @@ class LogSink {
 };
 
 // MsgBox: the transport reports; the window decides how to show it.
+// ShowStatus: a state that lasts, such as a port that went away, kept in view until the next
+// status replaces it; empty text clears it. A box per event would be noise for such a state.
 class MessageSink {
  public:
   virtual ~MessageSink() = default;
   virtual void MsgBox(std::string_view text) = 0;
+  virtual void ShowStatus(std::string_view text) = 0;
 };
 
 // GetOpenFolderItem: the path of the file the user chose, or nothing when cancelled.
@@ -68,7 +71,10 @@ class StderrLog : public LogSink {
 class RecordingMessages : public MessageSink {
  public:
   void MsgBox(std::string_view text) override { shown.emplace_back(text); }
+  void ShowStatus(std::string_view text) override { statuses.emplace_back(text); }
+  std::string Status() const { return statuses.empty() ? std::string() : statuses.back(); }
   std::vector<std::string> shown;
+  std::vector<std::string> statuses;
 };
 
 class RecordingLog : public LogSink {

@@ -5,7 +5,7 @@
 namespace tarn {
 
 void IcomWindow::SerialPopup_Open(PopupMenu&) {
-  Serial1 = std::make_unique<Serial>(services_.serialDriver, services_.log);
+  Serial1 = std::make_unique<Serial>(services_.serialDriver, services_.log, services_.messages);
   for (i64 i = 0; i <= System.SerialPortCount() - 1; ++i) {
     SerialPopup.AddRow(System.SerialPort(i).Name);
   }
@@ -38,7 +38,6 @@ void IcomWindow::SetSerialStuff(i64 port, i64 baud) {
     MsgBox("Failure to open serial  port!!");
     return;
   }
-  lineLossTold_ = false;
   Serial1->Baud = baud;
   Serial1->Bits = 3;
   Serial1->Parity = 0;

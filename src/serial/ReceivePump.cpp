@@ -13,7 +13,6 @@ void IcomWindow::Timer1_Action(Timer&) {
 void IcomWindow::CheckSerial() {
   if (!Serial1) return;
   const std::string received = Serial1->ReadAll();
-  if (Serial1->LineLost()) TellLineLost();
   if (received.empty()) return;
   std::string hex;
   hex.reserve(received.size() * 3);
@@ -34,15 +33,6 @@ void IcomWindow::CheckSerial() {
     EditField1.SetSelText(hex);
   }
   if (DebugCheckBox.Value()) AddToDebugFile(hex);
-}
-
-// Once per loss, not per read: the pump goes on reading nothing and the ring goes on draining into
-// nothing, so the program stays usable while the user plugs the cable back in and picks the port.
-void IcomWindow::TellLineLost() {
-  if (lineLossTold_) return;
-  lineLossTold_ = true;
-  MsgBox("The serial port " + Serial1->SerialPort.Name +
-         " is gone. Choose it again under Serial Port once it is back.");
 }
 
 }  // namespace tarn

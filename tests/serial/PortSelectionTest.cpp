@@ -113,20 +113,24 @@ TEST(PortSelection, ReopeningKeepsTheRingAndTheHalfReceivedFrame) {
 namespace tarn::test {
 namespace {
 
-TEST(LostPort, IsToldOnceAndThePortCanBePickedAgainWhenItIsBack) {
+// A lost port is a state, not an event: it stands in the window's status line (no box per read,
+// and no message but the failed opening's) until a port opens again.
+TEST(LostPort, StandsInTheStatusUntilThePortIsPickedAgainWhenItIsBack) {
   WindowHarness h;
   h.Start();
   h.clock.AdvanceBy(1000);
   h.Line().lost = true;  // the adapter is unplugged
   h.clock.AdvanceBy(10'000);
-  ASSERT_EQ(h.messages.shown.size(), 1u);
-  EXPECT_EQ(h.messages.shown[0],
-            "The serial port port0 is gone. Choose it again under Serial Port once it is back.");
+  EXPECT_TRUE(h.messages.shown.empty());
+  ASSERT_EQ(h.messages.statuses.size(), 1u);
+  EXPECT_EQ(h.messages.Status(),
+            "Serial port port0 is gone: choose it again under Serial Port once it is back.");
   EXPECT_EQ(h.w->serialBufHead, h.w->serialBufTail);  // frames still leave the ring
 
   h.Line().lost = false;  // plugged back in: the user picks the port again
   h.w->SerialPopup.SetListIndex(0);
   EXPECT_TRUE(h.Line().open);
+  EXPECT_EQ(h.messages.Status(), "");
   const std::size_t before = h.Line().writes.size();
   h.Line().incoming = Bytes({0xFE, 0xFE, 0xE0, 0x08, 0x03, 0x00, 0x00, 0x25, 0x14, 0x00, 0xFD});
   h.clock.AdvanceBy(2000);
@@ -135,7 +139,9 @@ TEST(LostPort, IsToldOnceAndThePortCanBePickedAgainWhenItIsBack) {
 
   h.Line().lost = true;  // a second loss is told again
   h.clock.AdvanceBy(1000);
-  EXPECT_EQ(h.messages.shown.size(), 2u);
+  EXPECT_EQ(h.messages.statuses.size(), 3u);
+  EXPECT_NE(h.messages.Status().find("is gone"), std::string::npos);
+  EXPECT_TRUE(h.messages.shown.empty());
 }
 
 }  // namespace

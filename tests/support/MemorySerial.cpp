@@ -19,10 +19,11 @@ class MemoryDevice : public SerialDevice {
     out += line_->incoming;
     line_->incoming.clear();
   }
-  void Write(std::string_view bytes) override {
-    if (line_->lost) return;
+  bool Write(std::string_view bytes) override {
+    if (line_->lost) return false;
     line_->writes.emplace_back(bytes);
     if (line_->onWrite) line_->onWrite(*line_, line_->writes.back());
+    return true;
   }
   bool WaitReadable(i64) override { return !line_->lost && !line_->incoming.empty(); }
   bool Lost() const override { return line_->lost; }

@@ -3,6 +3,8 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QLoggingCategory>
+#include <QMainWindow>
+#include <QStatusBar>
 #include <algorithm>
 
 namespace tarn {
@@ -32,6 +34,15 @@ void QtMessages::MsgBox(std::string_view text) {
   boxes_.emplace_back(box);
   // open(), not exec(): a modal loop here would hold the port code and everything behind it.
   box->open();
+}
+
+void QtMessages::ShowStatus(std::string_view text) {
+  status_ = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+  auto* window = qobject_cast<QMainWindow*>(parent_.data());
+  if (!window) return;
+  QStatusBar* bar = window->statusBar();
+  bar->showMessage(status_);
+  bar->setVisible(!status_.isEmpty());
 }
 
 std::vector<QMessageBox*> QtMessages::OpenBoxes() const {

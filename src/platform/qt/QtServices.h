@@ -28,6 +28,10 @@ class QtMessages : public MessageSink {
   // The window the boxes belong to; without one they open as windows of their own.
   void SetParent(QWidget* parent) { parent_ = parent; }
   void MsgBox(std::string_view text) override;
+  // In the status bar of the window when it is a main window, shown only while there is a text,
+  // so that the window keeps its size in ordinary use.
+  void ShowStatus(std::string_view text) override;
+  const QString& Status() const { return status_; }
 
   // Every message told since start, in order.
   const std::vector<std::string>& Told() const { return told_; }
@@ -38,6 +42,7 @@ class QtMessages : public MessageSink {
   QPointer<QWidget> parent_;
   std::vector<std::string> told_;
   std::vector<QPointer<QMessageBox>> boxes_;
+  QString status_;
 };
 
 // GetOpenFolderItem as a file dialog. The window asks by a file type's Mac type code ("TEXT");

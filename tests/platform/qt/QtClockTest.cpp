@@ -91,7 +91,8 @@ TEST(QtClock, WaitingOnAClosedPortSleepsInsteadOfSpinning) {
   QtClock clock;
   test::MemorySerialDriver driver;
   RecordingLog log;
-  Serial port(driver, log);  // never opened: WaitReadable answers at once
+  RecordingMessages messages;
+  Serial port(driver, log, messages);  // never opened: WaitReadable answers at once
   QElapsedTimer waited;
   waited.start();
   EXPECT_FALSE(clock.WaitForInput(port, 40));
@@ -102,7 +103,8 @@ TEST(QtClock, WaitingOnAPortWithBytesReturnsTrue) {
   QtClock clock;
   test::MemorySerialDriver driver;
   RecordingLog log;
-  Serial port(driver, log);
+  RecordingMessages messages;
+  Serial port(driver, log, messages);
   port.SerialPort = {"mem", "/mem/0"};
   ASSERT_TRUE(port.Open());
   driver.Line("/mem/0").incoming.assign(1, '\xFB');  // an answer byte

@@ -3,6 +3,10 @@
 
 #include <QDir>
 #include <QFile>
+#include <QMainWindow>
+#include <QStatusBar>
+#include <QMainWindow>
+#include <QStatusBar>
 #include <QTemporaryDir>
 #include <QWidget>
 #include <string>
@@ -37,6 +41,22 @@ TEST(QtMessages, TheSameTextWhileItsBoxIsUpIsCountedButNotStacked) {
   messages.MsgBox("The serial port x is gone.");
   EXPECT_EQ(messages.Told().size(), 3u);
   EXPECT_EQ(messages.OpenBoxes().size(), 2u);
+}
+
+TEST(QtMessages, AStatusShowsInTheMainWindowsStatusBarOnlyWhileItHasText) {
+  QMainWindow window;
+  window.show();
+  QtMessages messages;
+  messages.SetParent(&window);
+  messages.ShowStatus(
+      "Serial port ttyUSB0 is gone: choose it again under Serial Port once it is back.");
+  EXPECT_TRUE(window.statusBar()->isVisible());
+  EXPECT_EQ(window.statusBar()->currentMessage(),
+            "Serial port ttyUSB0 is gone: choose it again under Serial Port once it is back.");
+  EXPECT_TRUE(messages.OpenBoxes().empty());
+  messages.ShowStatus("");
+  EXPECT_FALSE(window.statusBar()->isVisible());
+  EXPECT_EQ(window.statusBar()->currentMessage(), "");
 }
 
 TEST(QtMessages, AClosedBoxComesBackForTheNextMessage) {
