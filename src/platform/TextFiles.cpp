@@ -1,11 +1,42 @@
 #include "platform/TextFiles.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace tarn {
 
+// Regular files only: a FIFO would block the open and a device such as /dev/zero would never end,
+// and the caller holds the window while it reads. O_NONBLOCK keeps the open of a FIFO from waiting
+// for a writer; on a regular file it changes nothing.
 std::unique_ptr<TextInputStream> TextInputStream::Open(const std::string& path) {
-  std::FILE* f = std::fopen(path.c_str(), "rb");
-  if (!f) return nullptr;
-  return std::unique_ptr<TextInputStream>(new TextInputStream(f));
+  const int fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (fd < 0) return nullptr;
+  struct stat st {};
+  if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+    ::close(fd);
+    return nullptr;
+  }
+  std::FILE* f = ::fdopen(fd, "rb");
+  if (!f) {
+    ::close(fd);
+    return nullptr;
+  }
+  auto stream = std::unique_ptr<TextInputStream>(new TextInputStream(f));
+  stream->SkipByteOrderMark();
+  return stream;
+}
+
+// Editors on some systems start a UTF-8 file with EF BB BF; read as text it would turn the first
+// line into no number, and the radio would be sent 0 MHz.
+void TextInputStream::SkipByteOrderMark() {
+  static constexpr unsigned char kMark[] = {0xEF, 0xBB, 0xBF};
+  for (unsigned char expected : kMark) {
+    if (std::getc(file_) != expected) {
+      std::rewind(file_);
+      return;
+    }
+  }
 }
 
 TextInputStream::~TextInputStream() {

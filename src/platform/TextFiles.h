@@ -11,7 +11,8 @@ namespace tarn {
 // Reads a text file line by line. A line ends at LF, CR LF or CR; a line end at the very end of
 // the file makes no extra empty line. Only the first kMaxLineBytes of a line are kept (a line is
 // one number, and a file without line ends must not take the memory of its size); the rest of
-// such a line is skipped.
+// such a line is skipped. Only regular files open, and a UTF-8 byte order mark at the start is
+// skipped.
 class TextInputStream {
  public:
   static constexpr std::size_t kMaxLineBytes = 1024;
@@ -28,6 +29,7 @@ class TextInputStream {
  private:
   explicit TextInputStream(std::FILE* file) : file_(file) {}
   int Peek();
+  void SkipByteOrderMark();
   std::FILE* file_;
 };
 
