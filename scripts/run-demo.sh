@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Starts tarnline on its built-in simulated radio, prints what the frequency, mode and filter
-# displays show after a few seconds, and saves a picture of the window to docs/screenshot.png.
+# displays show after a few seconds, and saves a picture of the window to build/screenshot.png
+# (TARNLINE_SCREENSHOT=docs/screenshot.png refreshes the README's picture instead).
 # Usage: scripts/run-demo.sh BINARY
 #
 # With a display the window stays open until File > Quit (or Ctrl+Q). Without one the program runs
@@ -9,7 +10,8 @@ set -euo pipefail
 
 binary=${1:?usage: run-demo.sh BINARY}
 root=$(cd "$(dirname "$0")/.." && pwd)
-shot="$root/docs/screenshot.png"
+shot="${TARNLINE_SCREENSHOT:-$root/build/screenshot.png}"
+mkdir -p "$(dirname "$shot")"
 log="${TMPDIR:-/tmp}/tarnline-demo.log"
 settle_ms=3000
 args=(--demo --status-after "$settle_ms" --screenshot "$shot")

@@ -75,6 +75,8 @@ class PlainTextMirror : public EditFieldMirror {
     edit_ = static_cast<QPlainTextEdit*>(Widget());
     // Appends from the port would pile up in the undo history for as long as the program runs.
     edit_->setUndoRedoEnabled(false);
+    // Tab moves to the next control, as in every other field: the monitor takes no tabs.
+    edit_->setTabChangesFocus(true);
     // textChanged also comes from our own writes; the guard tells them apart.
     connect(edit_, &QPlainTextEdit::textChanged, this, [this] {
       if (!Updating()) field_.SetText(edit_->toPlainText().toStdString());

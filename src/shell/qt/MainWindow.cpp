@@ -22,7 +22,10 @@ MainWindow::MainWindow(IcomWindow& model) : model_(model) {
   setCentralWidget(client_);
   mirrors_ = std::make_unique<WindowMirrors>(model.Controls(), client_);
   // The window follows the client area and the menu bar; the user cannot stretch it.
-  if (!shape.Resizeable) layout()->setSizeConstraint(QLayout::SetFixedSize);
+  if (!shape.Resizeable) {
+    layout()->setSizeConstraint(QLayout::SetFixedSize);
+    setWindowFlag(Qt::WindowMaximizeButtonHint, false);
+  }
   WatchDisplays();
 }
 

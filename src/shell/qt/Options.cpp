@@ -86,7 +86,8 @@ bool ApplyFlag(Options& o, std::string_view name) {
 
 // An option with its value; the error, or empty when the value was good.
 std::string ApplyValue(Options& o, std::string_view name, std::string_view value) {
-  if (value.empty()) return std::string(name) + " needs a value";
+  // "--port --demo" is a forgotten path, not a port named "--demo".
+  if (value.empty() || value.starts_with("--")) return std::string(name) + " needs a value";
   if (name == "--port") {
     o.ports.emplace_back(value);
   } else if (name == "--screenshot") {

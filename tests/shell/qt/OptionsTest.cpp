@@ -52,6 +52,7 @@ TEST(Options, BadCommandLinesSayWhatIsWrong) {
       {{"/dev/ttyUSB0"}, "unknown option '/dev/ttyUSB0'"},
       {{"--port"}, "--port needs a value"},
       {{"--port="}, "--port needs a value"},
+      {{"--port", "--demo"}, "--port needs a value"},
       {{"--status-after", "soon"}, "--status-after needs milliseconds"},
       {{"--quit-after", "-5"}, "--quit-after needs milliseconds"},
       {{"--quit-after", "99999999999"}, "--quit-after needs milliseconds"},
