@@ -102,21 +102,29 @@ TEST(TransmitRing, ARateOfOneMillisecondFillsItWithoutCorruptingAFrame) {
   }
 }
 
+// Every field holds the same text; the address in each frame is what the first two characters of
+// that text make as hexadecimal digits, any other character counting as 0.
 TEST(InputFields, AnyTextGivesTheBehaviourOfItsField) {
-  const char* texts[] = {"", "zz", "-1", "1e999", "\xC3\xA9\xC3\xA9", " 8", "0x94", "123456789"};
-  for (const char* t : texts) {
+  struct Case {
+    const char* text;
+    int address;
+  } cases[] = {
+      {"", 0x00},   {"zz", 0x00},   {"-1", 0x01},       {"1e999", 0x1E}, {"\xC3\xA9\xC3\xA9", 0x00},
+      {" 8", 0x08}, {"0x94", 0x00}, {"123456789", 0x12}};
+  for (const auto& c : cases) {
     WindowHarness h;
     h.Start();
-    h.w->OurIDEditFieldHex.SetText(t);
-    h.w->EditRadioIDHex.SetText(t);
-    h.w->EditUpdateRate.SetText(t);
-    h.w->EditFreq.SetText(t);
+    h.w->OurIDEditFieldHex.SetText(c.text);
+    h.w->EditRadioIDHex.SetText(c.text);
+    h.w->EditUpdateRate.SetText(c.text);
+    h.w->EditFreq.SetText(c.text);
     h.w->EditFreq.PressKey(EndOfLine);
     h.clock.AdvanceBy(3000);
-    const i64 address = h.w->FromHex(t);
+    ASSERT_FALSE(h.Line().writes.empty()) << c.text;  // the set frame at least
     for (const std::string& w : h.Line().writes) {
-      ASSERT_GE(w.size(), 3u) << t;
-      EXPECT_EQ(static_cast<unsigned char>(w[2]), address) << t;
+      ASSERT_GE(w.size(), 4u) << c.text;
+      EXPECT_EQ(static_cast<unsigned char>(w[2]), c.address) << c.text;  // radio
+      EXPECT_EQ(static_cast<unsigned char>(w[3]), c.address) << c.text;  // controller
     }
   }
 }

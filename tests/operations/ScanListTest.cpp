@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "support/TempFolder.h"
@@ -39,6 +40,12 @@ class ScanList : public ::testing::Test {
       if (static_cast<unsigned char>(w[4]) == 0x05) mhz.push_back(FrameMHz(w));
     }
     return mhz;
+  }
+  // Lines given up for want of an answer, as the log tells them.
+  long Unanswered() {
+    return std::count_if(h.log.lines.begin(), h.log.lines.end(), [](const std::string& l) {
+      return l.rfind("scan list: no answer for", 0) == 0;
+    });
   }
   TempFolder dir;
   WindowHarness h;
@@ -121,15 +128,75 @@ TEST_F(ScanList, FramesAlreadyQueuedLeaveFirst) {
   EXPECT_EQ(h.Line().writes[0], Bytes({0xFE, 0xFE, 0x08, 0xE0, 0x03, 0xFD}));
 }
 
-TEST_F(ScanList, AFrequencyReplyDuringTheWaitReachesTheDisplay) {
-  h.Line().onWrite = [](MemoryLine& l, const std::string& w) {
+// Each set frame is answered in two reads: a frequency reply, then FB. The reply has no answer
+// byte, so it reaches the display but the next line waits for the FB.
+TEST_F(ScanList, AFrequencyReplyDuringTheWaitReachesTheDisplayButDoesNotEndIt) {
+  std::vector<std::size_t> unreadWhenSent;  // reads still to come as each set frame left
+  h.Line().onWrite = [&unreadWhenSent](MemoryLine& l, const std::string& w) {
     if (static_cast<unsigned char>(w[4]) != 0x05) return;
-    l.incoming += Bytes({0xFE, 0xFE, 0xE0, 0x08, 0x03, 0x00, 0x00, 0x25, 0x14, 0x00, 0xFD});
-    l.incoming += Bytes({0xFE, 0xFE, 0xE0, 0x08, 0xFB, 0xFD});
+    unreadWhenSent.push_back(l.arrivals.size());
+    l.arrivals.push_back(Bytes({0xFE, 0xFE, 0xE0, 0x08, 0x03, 0x00, 0x00, 0x25, 0x14, 0x00, 0xFD}));
+    l.arrivals.push_back(Bytes({0xFE, 0xFE, 0xE0, 0x08, 0xFB, 0xFD}));
   };
-  dir.Write("list.txt", "14.25\n");
+  dir.Write("list.txt", "14.25\n7.1\n");
   h.w->FileScanList_Action();
   EXPECT_EQ(h.w->FreqDisplay.Text(), "14250");
+  EXPECT_EQ(SetFrames(), (std::vector<double>{14.25, 7.1}));
+  EXPECT_EQ(unreadWhenSent, (std::vector<std::size_t>{0, 0}));
+  EXPECT_EQ(Unanswered(), 0);
+}
+
+TEST_F(ScanList, TheRadioAddressIsReadAnewForEachLine) {
+  std::vector<int> sentTo;
+  h.Line().onWrite = [this, &sentTo](MemoryLine& l, const std::string& w) {
+    if (static_cast<unsigned char>(w[4]) != 0x05) return;
+    sentTo.push_back(static_cast<unsigned char>(w[2]));
+    h.w->EditRadioIDHex.SetText(sentTo.size() == 1 ? "58" : "5a");  // edited during the run
+    l.incoming += Bytes({0xFE, 0xFE, 0xE0, 0x08, 0xFB, 0xFD});
+  };
+  dir.Write("list.txt", "1\n2\n3\n");
+  h.w->FileScanList_Action();
+  EXPECT_EQ(sentTo, (std::vector<int>{0x08, 0x58, 0x5A}));
+}
+
+TEST_F(ScanList, APortThatVanishesMidRunEndsItWithinItsBound) {
+  int sent = 0;
+  h.Line().onWrite = [&sent](MemoryLine& l, const std::string& w) {
+    if (static_cast<unsigned char>(w[4]) != 0x05) return;
+    if (++sent == 1) {
+      l.incoming += Bytes({0xFE, 0xFE, 0xE0, 0x08, 0xFB, 0xFD});
+    } else {
+      l.lost = true;  // the adapter is pulled as the second line goes out
+    }
+  };
+  dir.Write("list.txt", "1\n2\n3\n4\n5\n6\n");
+  const i64 start = h.clock.NowMs();
+  EXPECT_FALSE(h.w->FileScanList_Action());
+  const i64 took = h.clock.NowMs() - start;
+  EXPECT_EQ(SetFrames(), (std::vector<double>{1, 2}));  // later writes are dropped by the line
+  EXPECT_EQ(Unanswered(), 3);                           // lines 2 to 4; 5 and 6 are not played
+  EXPECT_GE(took, 3 * 2000);
+  EXPECT_LE(took, 3 * 2000 + 100);
+  EXPECT_EQ(h.w->ReqTimer.Mode(), 2);
+  EXPECT_EQ(h.messages.Status(),
+            "Serial port port0 is gone: choose it again under Serial Port once it is back.");
+  const i64 queued = h.w->serialBufHead;
+  h.clock.AdvanceBy(3000);  // polling goes on, its frames leave the ring into the lost line
+  EXPECT_NE(h.w->serialBufHead, queued);
+  EXPECT_EQ(h.w->serialBufHead, h.w->serialBufTail);
+}
+
+// A thousand frames wait before the run, far more than leave within one answer bound. The bound is
+// the radio's time to answer, so it counts only once they have left, and no line is given up.
+TEST_F(ScanList, ABacklogInTheRingCostsNoLine) {
+  Radio();
+  for (int i = 0; i < 1000; ++i) h.w->ReqFreq(8);
+  dir.Write("list.txt", "1\n2\n3\n4\n5\n");
+  EXPECT_FALSE(h.w->FileScanList_Action());
+  EXPECT_EQ(SetFrames(), (std::vector<double>{1, 2, 3, 4, 5}));
+  EXPECT_EQ(h.Line().writes.size(), 1005u);
+  EXPECT_EQ(Unanswered(), 0);
+  EXPECT_EQ(h.w->serialBufHead, h.w->serialBufTail);
 }
 
 }  // namespace

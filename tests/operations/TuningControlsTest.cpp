@@ -73,12 +73,26 @@ TEST_F(Tuning, EitherPopupSendsModeAndFilterTogether) {
   EXPECT_EQ(LastFrame(), Bytes({0xFE, 0xFE, 0x08, 0xE0, 0x06, 0x01, 0x03, 0xFD}));
 }
 
-TEST_F(Tuning, ChangingTheUnitSendsNothingAndSendingLeavesTheDisplay) {
+// The display shows what the radio reports, in kHz, whatever unit the entry was typed in.
+TEST_F(Tuning, AFrequencyEnteredInMHzIsShownInKHzAfterPolling) {
+  // A radio that tunes in 100 Hz steps (it drops the Hz pair of a set frame) and reports its
+  // frequency when polled.
+  std::string tuned = Bytes({0x00, 0x00, 0x00, 0x00, 0x00});
+  h.Line().onWrite = [&tuned](MemoryLine& l, const std::string& w) {
+    const auto command = static_cast<unsigned char>(w[4]);
+    if (command == 0x05) tuned = '\0' + w.substr(6, 4);
+    if (command == 0x03) l.incoming += Bytes({0xFE, 0xFE, 0xE0, 0x08, 0x03}) + tuned + '\xFD';
+  };
   h.w->kHzPopup.SetListIndex(1);
-  EXPECT_EQ(LastFrame(), "");
+  EXPECT_EQ(LastFrame(), "");  // changing the unit sends nothing
   h.w->EditFreq.SetText("7.1");
-  h.w->SetTheFreq();
-  EXPECT_EQ(h.w->FreqDisplay.Text(), "-");
+  h.w->SetFreq1.Push();
+  h.clock.AdvanceBy(100);
+  EXPECT_EQ(tuned, Bytes({0x00, 0x00, 0x10, 0x07, 0x00}));
+  EXPECT_EQ(h.w->FreqDisplay.Text(), "-");  // sending alone leaves the display
+  h.w->ReqTimer.SetMode(2);
+  h.clock.AdvanceBy(2000);
+  EXPECT_EQ(h.w->FreqDisplay.Text(), "7100");
 }
 
 TEST_F(Tuning, SendingWorksDuringASearch) {

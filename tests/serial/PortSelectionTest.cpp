@@ -88,6 +88,11 @@ TEST(PortSelection, NoPortAtAllOpensNothingAndSaysNothing) {
   EXPECT_FALSE(h.w->Serial1->IsOpen());
   EXPECT_TRUE(h.messages.shown.empty());
   h.clock.AdvanceBy(5000);
+  EXPECT_FALSE(h.w->Serial1->IsOpen());
+  EXPECT_TRUE(h.messages.shown.empty());
+  EXPECT_TRUE(h.messages.statuses.empty());
+  EXPECT_GE(h.w->serialBufHead, 5 * 6);               // polling went on, one frame a second
+  EXPECT_EQ(h.w->serialBufHead, h.w->serialBufTail);  // and its frames left the ring unopened
 }
 
 TEST(PortSelection, ReopeningKeepsTheRingAndTheHalfReceivedFrame) {

@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <deque>
+#include <string>
+
+#include "support/TempFolder.h"
 #include "support/WindowHarness.h"
 
 namespace tarn::test {
@@ -11,7 +15,8 @@ class ReceivePump : public ::testing::Test {
     h.Start();
     h.w->ReqTimer.SetMode(0);
   }
-  WindowHarness h;
+  TempFolder dir;  // where DEBUG.TXT goes
+  WindowHarness h{1, dir.Path()};
 };
 
 TEST_F(ReceivePump, ParsesEveryByteThenShowsTheReadAsHex) {
@@ -76,14 +81,46 @@ TEST_F(ReceivePump, WithTheMonitorOffBytesAreStillParsedAndTheMonitorStaysAsItIs
   EXPECT_EQ(h.w->EditField1.Text().substr(500), "42_");
 }
 
+// Each read takes what has arrived since the one before, so bytes that arrive between the reads of
+// one tick reach the monitor as separate appends, and an empty read still counts as one of the
+// three.
 TEST_F(ReceivePump, ATickMakesThreeReads) {
-  int reads = 0;
+  struct Case {
+    std::deque<std::string> arrivals;
+    std::string monitor;
+    int appends;
+  } cases[] = {
+      {{Bytes({0x01}), Bytes({0x02}), Bytes({0x03}), Bytes({0x04})}, "01_02_03_", 3},
+      {{Bytes({0x01}), "", Bytes({0x02}), Bytes({0x03})}, "01_02_", 2},
+  };
+  for (const auto& c : cases) {
+    h.w->ShowDataCheck.SetValue(true);
+    h.w->EditField1.SetText("");
+    int appends = 0;
+    h.w->EditField1.viewChanged = [&] { ++appends; };
+    h.Line().arrivals = c.arrivals;
+    h.w->Timer1_Action(h.w->Timer1);
+    EXPECT_EQ(h.w->EditField1.Text(), c.monitor) << c.monitor;
+    EXPECT_EQ(appends, c.appends) << c.monitor;
+    EXPECT_EQ(h.Line().arrivals.size(), 1u) << c.monitor;  // the last one waits for the next tick
+  }
+}
+
+TEST_F(ReceivePump, AnEmptyReadLeavesTheDebugFileAlone) {
+  h.w->DebugCheckBox.SetValue(true);
   h.w->ShowDataCheck.SetValue(true);
-  h.Line().incoming = Bytes({0x01});
-  h.w->EditField1.viewChanged = [&] { ++reads; };
+  std::size_t logged = h.log.lines.size();
   h.w->Timer1_Action(h.w->Timer1);
-  EXPECT_EQ(reads, 1);  // one non-empty read, two empty ones that touch nothing
-  EXPECT_EQ(h.w->EditField1.Text(), "01_");
+  EXPECT_FALSE(dir.Exists("DEBUG.TXT"));  // not even created empty
+  EXPECT_EQ(h.log.lines.size(), logged);
+
+  h.Line().incoming = Bytes({0x01});
+  h.w->CheckSerial();
+  ASSERT_EQ(dir.Read("DEBUG.TXT"), "01_");
+  logged = h.log.lines.size();
+  h.w->Timer1_Action(h.w->Timer1);
+  EXPECT_EQ(dir.Read("DEBUG.TXT"), "01_");
+  EXPECT_EQ(h.log.lines.size(), logged);  // nor is an empty text logged
 }
 
 TEST_F(ReceivePump, AFrameCutAcrossReadsIsStillOneFrame) {

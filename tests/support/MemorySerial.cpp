@@ -16,6 +16,11 @@ class MemoryDevice : public SerialDevice {
   }
   void ReadAvailable(std::string& out) override {
     if (line_->lost) return;
+    if (!line_->arrivals.empty()) {
+      out += line_->arrivals.front();
+      line_->arrivals.pop_front();
+      return;
+    }
     out += line_->incoming;
     line_->incoming.clear();
   }
@@ -25,7 +30,9 @@ class MemoryDevice : public SerialDevice {
     if (line_->onWrite) line_->onWrite(*line_, line_->writes.back());
     return true;
   }
-  bool WaitReadable(i64) override { return !line_->lost && !line_->incoming.empty(); }
+  bool WaitReadable(i64) override {
+    return !line_->lost && (!line_->arrivals.empty() || !line_->incoming.empty());
+  }
   bool Lost() const override { return line_->lost; }
 
  private:

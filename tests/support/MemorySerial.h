@@ -2,6 +2,7 @@
 // reads every Write the program made, one entry per call.
 #pragma once
 
+#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
@@ -13,7 +14,10 @@
 namespace tarn::test {
 
 struct MemoryLine {
-  std::string incoming;             // bytes the next ReadAll will deliver
+  std::string incoming;  // bytes the next ReadAll will deliver
+  // Bytes that arrive between reads: each ReadAll delivers the first of them alone, and `incoming`
+  // only once none is left.
+  std::deque<std::string> arrivals;
   std::vector<std::string> writes;  // one entry per Write, in order
   std::vector<LineSettings> configured;
   int opens = 0;
