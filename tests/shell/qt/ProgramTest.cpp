@@ -9,6 +9,9 @@
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QTemporaryDir>
+#include <memory>
+#include <string>
+#include <vector>
 
 #include "simradio/SimRadio.h"
 
@@ -57,6 +60,51 @@ TEST(Program, TheDemoShowsTheSimulatedRadiosFrequencyAndQuitsCleanly) {
     seen += child.process.readAllStandardOutput().toStdString();
   }
   EXPECT_NE(seen.find(expected), std::string::npos) << "stdout so far:\n" << seen;
+  child.process.terminate();  // SIGTERM: quits through File > Quit
+  ASSERT_TRUE(child.process.waitForFinished(kPatienceMs));
+  EXPECT_EQ(child.process.exitStatus(), QProcess::NormalExit);
+  EXPECT_EQ(child.process.exitCode(), 0) << child.process.readAllStandardError().toStdString();
+}
+
+// Without --demo the program asks nothing of its own at start: whatever the displays show comes
+// from the poll, the frequency from its first tick and mode and filter from the second. The radio
+// runs in this process, with values the demo's radio does not have.
+TEST(Program, PollingAloneShowsTheFrequencyThenModeAndFilterOfARadioOnTheGivenPort) {
+  std::string why;
+  std::unique_ptr<sim::PtyRadio> radio = sim::PtyRadio::OpenPty(sim::BusOptions{}, why);
+  ASSERT_NE(radio, nullptr) << why;
+  sim::RadioState state;
+  state.frequencyHz = 7'074'000;
+  state.mode = 1;    // USB
+  state.filter = 2;  // medium
+  radio->WithBus([&state](sim::SimBus& bus) { bus.AddRadio(state); });
+  radio->StartThread();
+
+  Child child({"--port", QString::fromStdString(radio->SlavePath()), "--print-changes"});
+  ASSERT_TRUE(child.process.waitForStarted(kPatienceMs));
+  const std::string frequencyOnly = "Freq: 7074  Mode: -  Filter: -\n";
+  const std::string all = "Freq: 7074  Mode: USB  Filter: MEDIUM\n";
+  std::string seen;
+  while (seen.find(all) == std::string::npos && child.process.waitForReadyRead(kPatienceMs)) {
+    seen += child.process.readAllStandardOutput().toStdString();
+  }
+  const std::size_t frequencyAt = seen.find(frequencyOnly);
+  const std::size_t allAt = seen.find(all);
+  EXPECT_NE(frequencyAt, std::string::npos) << "stdout so far:\n" << seen;
+  EXPECT_NE(allAt, std::string::npos) << "stdout so far:\n" << seen;
+  EXPECT_LT(frequencyAt, allAt) << "stdout so far:\n" << seen;
+
+  // The radio was asked by the poll: frequency first, then mode, from E0 to its address 08.
+  const std::vector<sim::SeenFrame> frames =
+      radio->WithBus([](sim::SimBus& bus) { return bus.Frames(); });
+  ASSERT_GE(frames.size(), 2u);
+  for (std::size_t i = 0; i < 2; ++i) {
+    EXPECT_EQ(frames[i].to, 0x08);
+    EXPECT_EQ(frames[i].from, 0xE0);
+    EXPECT_EQ(frames[i].command, i == 0 ? 0x03 : 0x04);
+    EXPECT_EQ(frames[i].data, "");
+  }
+
   child.process.terminate();  // SIGTERM: quits through File > Quit
   ASSERT_TRUE(child.process.waitForFinished(kPatienceMs));
   EXPECT_EQ(child.process.exitStatus(), QProcess::NormalExit);
