@@ -93,17 +93,19 @@ TEST_F(ReceivePump, ATickMakesThreeReads) {
       {{Bytes({0x01}), Bytes({0x02}), Bytes({0x03}), Bytes({0x04})}, "01_02_03_", 3},
       {{Bytes({0x01}), "", Bytes({0x02}), Bytes({0x03})}, "01_02_", 2},
   };
+  int appends = 0;  // outlives the loop: the counter stays attached to the field until the end
+  h.w->EditField1.viewChanged = [&appends] { ++appends; };
   for (const auto& c : cases) {
     h.w->ShowDataCheck.SetValue(true);
     h.w->EditField1.SetText("");
-    int appends = 0;
-    h.w->EditField1.viewChanged = [&] { ++appends; };
+    appends = 0;
     h.Line().arrivals = c.arrivals;
     h.w->Timer1_Action(h.w->Timer1);
     EXPECT_EQ(h.w->EditField1.Text(), c.monitor) << c.monitor;
     EXPECT_EQ(appends, c.appends) << c.monitor;
     EXPECT_EQ(h.Line().arrivals.size(), 1u) << c.monitor;  // the last one waits for the next tick
   }
+  h.w->EditField1.viewChanged = nullptr;
 }
 
 TEST_F(ReceivePump, AnEmptyReadLeavesTheDebugFileAlone) {
