@@ -4,6 +4,7 @@
 
 #include <random>
 
+#include "AllocationCounter.h"
 #include "support/TempFolder.h"
 #include "support/WindowHarness.h"
 
@@ -35,11 +36,16 @@ void BM_ParseByteMixedStream(benchmark::State& state) {
   WindowHarness h;
   h.Start();
   const std::string stream = MixedStream(1 << 20);
+  const std::uint64_t allocationsBefore = AllocationCount();
   for (auto _ : state) {
     for (char c : stream) h.w->ParseByte(static_cast<unsigned char>(c));
     benchmark::DoNotOptimize(h.w->parseState);
   }
-  state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * stream.size()));
+  const auto bytes = static_cast<double>(state.iterations() * stream.size());
+  state.SetBytesProcessed(static_cast<int64_t>(bytes));
+  // Only a reply for us allocates (the display's new text), never a byte on its own.
+  state.counters["allocs_per_byte"] =
+      static_cast<double>(AllocationCount() - allocationsBefore) / bytes;
 }
 BENCHMARK(BM_ParseByteMixedStream)->Unit(benchmark::kMillisecond);
 
@@ -51,11 +57,14 @@ void BM_CheckSerial64ByteRead(benchmark::State& state) {
   h.w->ShowDataCheck.SetValue(true);
   h.w->DebugCheckBox.SetValue(state.range(0) != 0);
   const std::string read = MixedStream(64).substr(0, 64);
+  const std::uint64_t allocationsBefore = AllocationCount();
   for (auto _ : state) {
     h.Line().incoming = read;
     h.w->CheckSerial();
   }
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * read.size()));
+  state.counters["allocs_per_read"] = static_cast<double>(AllocationCount() - allocationsBefore) /
+                                      static_cast<double>(state.iterations());
   state.SetLabel(state.range(0) ? "monitor and DEBUG.TXT" : "monitor only");
 }
 BENCHMARK(BM_CheckSerial64ByteRead)->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond);

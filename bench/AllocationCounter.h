@@ -1,0 +1,11 @@
+// Counts the heap allocations of the whole benchmark program, so a benchmark can report how many a
+// piece of work makes.
+#pragma once
+
+#include <cstdint>
+
+namespace tarn::test {
+
+std::uint64_t AllocationCount();
+
+}  // namespace tarn::test
