@@ -61,8 +61,6 @@ class Serial {
   void Close();
   void Reset();
   bool IsOpen() const { return device_ != nullptr; }
-  // The open line went away (cable pulled, adapter unplugged); it stays so until the next Open.
-  bool LineLost() const { return device_ && device_->Lost(); }
 
   std::string ReadAll();
   void Write(std::string_view bytes);

@@ -2,6 +2,7 @@
 // message box and the file chooser. The program and the tests each give their own.
 #pragma once
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <string>
@@ -80,6 +81,10 @@ class RecordingMessages : public MessageSink {
 class RecordingLog : public LogSink {
  public:
   void DebugLog(std::string_view text) override { lines.emplace_back(text); }
+  // How many lines read exactly `text`.
+  int Count(std::string_view text) const {
+    return static_cast<int>(std::count(lines.begin(), lines.end(), text));
+  }
   std::vector<std::string> lines;
 };
 

@@ -1,16 +1,11 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 
 #include "support/WindowHarness.h"
 
 namespace tarn::test {
 namespace {
-
-int SentPackets(const RecordingLog& log) {
-  return static_cast<int>(std::count(log.lines.begin(), log.lines.end(), "send packet"));
-}
 
 // `count` bytes of the transmit ring from `from` on, as a byte string.
 std::string RingBytes(const IcomWindow& w, std::size_t from, std::size_t count) {
@@ -60,13 +55,13 @@ TEST(StartUp, NoPortStillStartsAndPolls) {
   // and is drained again by Timer2, and in one "send packet" line per request.
   h.clock.AdvanceBy(1500);  // the first tick asked for the frequency
   EXPECT_EQ(h.w->requestType, 1);
-  EXPECT_EQ(SentPackets(h.log), 1);
+  EXPECT_EQ(h.log.Count("send packet"), 1);
   EXPECT_EQ(RingBytes(*h.w, 0, 6), Bytes({0xFE, 0xFE, 0x08, 0xE0, 0x03, 0xFD}));
   EXPECT_EQ(h.w->serialBufHead, 6);
   EXPECT_EQ(h.w->serialBufTail, 6);
   h.clock.AdvanceBy(1000);  // the second for the mode
   EXPECT_EQ(h.w->requestType, 0);
-  EXPECT_EQ(SentPackets(h.log), 2);
+  EXPECT_EQ(h.log.Count("send packet"), 2);
   EXPECT_EQ(RingBytes(*h.w, 6, 6), Bytes({0xFE, 0xFE, 0x08, 0xE0, 0x04, 0xFD}));
   EXPECT_EQ(h.w->serialBufHead, 12);
   EXPECT_EQ(h.w->serialBufTail, 12);

@@ -37,12 +37,11 @@ void QtMessages::MsgBox(std::string_view text) {
 }
 
 void QtMessages::ShowStatus(std::string_view text) {
-  status_ = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
   auto* window = qobject_cast<QMainWindow*>(parent_.data());
   if (!window) return;
   QStatusBar* bar = window->statusBar();
-  bar->showMessage(status_);
-  bar->setVisible(!status_.isEmpty());
+  bar->showMessage(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
+  bar->setVisible(!text.empty());
 }
 
 std::vector<QMessageBox*> QtMessages::OpenBoxes() const {

@@ -31,7 +31,6 @@ class QtMessages : public MessageSink {
   // In the status bar of the window when it is a main window, shown only while there is a text,
   // so that the window keeps its size in ordinary use.
   void ShowStatus(std::string_view text) override;
-  const QString& Status() const { return status_; }
 
   // Every message told since start, in order.
   const std::vector<std::string>& Told() const { return told_; }
@@ -42,7 +41,6 @@ class QtMessages : public MessageSink {
   QPointer<QWidget> parent_;
   std::vector<std::string> told_;
   std::vector<QPointer<QMessageBox>> boxes_;
-  QString status_;
 };
 
 // GetOpenFolderItem as a file dialog. The window asks by a file type's Mac type code ("TEXT");

@@ -5,8 +5,6 @@
 #include <QFile>
 #include <QMainWindow>
 #include <QStatusBar>
-#include <QMainWindow>
-#include <QStatusBar>
 #include <QTemporaryDir>
 #include <QWidget>
 #include <string>

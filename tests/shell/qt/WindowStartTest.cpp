@@ -4,16 +4,11 @@
 
 #include <QComboBox>
 #include <QLineEdit>
-#include <algorithm>
 
 #include "shell/qt/ViewHarness.h"
 
 namespace tarn::test {
 namespace {
-
-int SentPackets(const ViewHarness& h) {
-  return static_cast<int>(std::count(h.log.lines.begin(), h.log.lines.end(), "send packet"));
-}
 
 // With no open line there is no write to see. The poll shows in the "send packet" line of each
 // request, in requestType between the ticks, and in the transmit ring, which takes each request
@@ -21,12 +16,12 @@ int SentPackets(const ViewHarness& h) {
 void ExpectTwoPollTicks(ViewHarness& h) {
   h.clock.AdvanceBy(1500);  // the first tick asked for the frequency
   EXPECT_EQ(h.w->requestType, 1);
-  EXPECT_EQ(SentPackets(h), 1);
+  EXPECT_EQ(h.log.Count("send packet"), 1);
   EXPECT_EQ(h.w->serialBufHead, 6);
   EXPECT_EQ(h.w->serialBufTail, 6);
   h.clock.AdvanceBy(1000);  // the second for the mode
   EXPECT_EQ(h.w->requestType, 0);
-  EXPECT_EQ(SentPackets(h), 2);
+  EXPECT_EQ(h.log.Count("send packet"), 2);
   EXPECT_EQ(h.w->serialBufHead, 12);
   EXPECT_EQ(h.w->serialBufTail, 12);
 }
