@@ -25,12 +25,12 @@
 #include <string_view>
 #include <vector>
 
+#include "link/App.h"
 #include "platform/Controls.h"
+#include "platform/Menus.h"
 #include "platform/Serial.h"
 #include "platform/System.h"
 #include "platform/Timer.h"
-#include "shell/App.h"
-#include "shell/MenuBar.h"
 
 namespace tarn {
 

@@ -1,40 +1,10 @@
-// The menu bar as a model: the Qt side builds real menus from it, the tests read it.
+// The program's menu bar: File, Edit and an empty third title.
 #pragma once
 
-#include <string>
-#include <string_view>
-#include <vector>
+#include "platform/Menus.h"
 
 namespace tarn {
 
-struct MenuItem {
-  std::string Name;
-  std::string Text;              // "-" makes a separator
-  std::string KeyboardShortcut;  // "Cmd+Q" form: the platform's command key
-  bool isQuit = false;           // the platform carries out the quit
-  std::vector<MenuItem> children;
-};
-
-struct FileType {
-  std::string Name = "text";
-  std::string Extensions;
-  std::string MacType = "TEXT";
-  std::string MacCreator = "R*ch";
-  std::string MimeType;
-  bool Imported = true;
-};
-
-class MenuBar {
- public:
-  MenuBar();
-  const std::vector<MenuItem>& TopLevel() const { return items_; }
-  const MenuItem* Find(std::string_view name) const;
-
- private:
-  void Untitled0();
-  void Untitled1();
-  void Untitled2();
-  std::vector<MenuItem> items_;
-};
+MenuBar MenuBar1();
 
 }  // namespace tarn

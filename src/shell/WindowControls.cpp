@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "link/IcomWindow.h"
+#include "shell/MenuBar.h"
 
 namespace tarn {
 
@@ -31,6 +32,7 @@ IcomWindow::IcomWindow(App& theApp, WindowServices services)
       services_(std::move(services)),
       System{services_.ports, services_.log} {
   layout_ = {"Tarnline Interface", 576, 529, false};
+  menus_ = MenuBar1();
   CreateControls();
   AttachHandlers();
   AddMenuHandlers();

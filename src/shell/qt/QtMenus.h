@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "shell/MenuBar.h"
+#include "platform/Menus.h"
 
 namespace tarn {
 

@@ -1,0 +1,24 @@
+// Application: what the platform knows of the running program, its name and version.
+#pragma once
+
+#include <string>
+
+namespace tarn {
+
+struct AppVersion {
+  int MajorVersion = 1;
+  int MinorVersion = 2;
+  int BugVersion = 0;
+  int StageCode = 0;
+  int NonReleaseVersion = 0;
+  std::string LongVersion = "Tarnline 1.2.0";
+  std::string ShortVersion = "1.2.0";
+  std::string PackageInfo;
+};
+
+class Application {
+ public:
+  AppVersion version;
+};
+
+}  // namespace tarn
