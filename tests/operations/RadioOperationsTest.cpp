@@ -22,8 +22,8 @@ TEST(StatusPolling, EachTickAsksTheNextQuestionAtTheRateAndAddressOfTheMoment) {
   h.clock.AdvanceBy(1050);
   EXPECT_EQ(Sent(h), "FE_FE_08_E0_03_FD_");
   h.w->EditRadioIDHex.SetText("94");
-  h.w->FindRadiosButton.SetEnabled(false);  // a search holds the question that is due
-  h.clock.AdvanceBy(10'000);
+  h.w->FindRadiosButton.SetEnabled(false);  // a search holds the question due for 9 ticks
+  h.clock.AdvanceBy(9000);
   EXPECT_EQ(Sent(h), "");
   h.w->FindRadiosButton.SetEnabled(true);
   h.clock.AdvanceBy(2000);
@@ -48,22 +48,18 @@ TEST(Tuning, EachControlSendsItsFrameAtOnce) {
   h.Start();
   h.w->ReqTimer.SetMode(0);
   h.w->FindRadiosButton.Push();
-  h.w->EditRadioIDHex.SetText("5a");
   struct Case {
     const char* text;
     i64 unitRow, bytesRow;
     const char* key;  // none: the Set button
     const char* sent;
   } cases[] = {
-      {"7100", 0, 1, nullptr, "FE_FE_5A_E0_05_49_00_10_07_00_FD_"},
-      {"7.1", 1, 0, nullptr, "FE_FE_5A_E0_05_49_00_10_07_FD_"},
-      {"1000", 0, 1, nullptr, "FE_FE_5A_E0_05_49_00_00_01_00_FD_"},
-      {"145.5 MHz", 1, 1, nullptr, "FE_FE_5A_E0_05_49_00_50_45_01_FD_"},
-      {"", 1, 1, nullptr, "FE_FE_5A_E0_05_49_00_00_00_00_FD_"},
-      {"abc", 0, 0, nullptr, "FE_FE_5A_E0_05_49_00_00_00_FD_"},
-      {"14250", 0, 0, "\n", "FE_FE_5A_E0_05_49_00_25_14_FD_"},
+      {"7100", 0, 1, nullptr, "FE_FE_08_E0_05_49_00_10_07_00_FD_"},
+      {"7.1", 1, 0, nullptr, "FE_FE_08_E0_05_49_00_10_07_FD_"},
+      {"145.5 MHz", 1, 1, nullptr, "FE_FE_08_E0_05_49_00_50_45_01_FD_"},
+      {"abc", 0, 0, nullptr, "FE_FE_08_E0_05_49_00_00_00_FD_"},
+      {"14250", 0, 0, "\n", "FE_FE_08_E0_05_49_00_25_14_FD_"},
       {"14250", 0, 0, "\r", ""},
-      {"14250", 0, 0, "a", ""},
   };
   for (const Case& c : cases) {
     h.w->EditFreq.SetText(c.text);
@@ -78,11 +74,16 @@ TEST(Tuning, EachControlSendsItsFrameAtOnce) {
     EXPECT_EQ(Sent(h), c.sent) << c.text << " key " << (c.key ? c.key : "none");
   }
   // Either popup sends the mode and the filter that both show; SSB goes as FM with filter 0.
+  h.w->EditRadioIDHex.SetText("5a");
+  h.w->SetFreq1.Push();
   h.w->PopupMode.SetListIndex(10);
   h.w->PopupFilter.SetListIndex(2);
   h.w->PopupMode.SetListIndex(9);
-  h.clock.AdvanceBy(50);
-  EXPECT_EQ(Sent(h), "FE_FE_5A_E0_06_05_00_FD_FE_FE_5A_E0_06_05_00_FD_FE_FE_5A_E0_06_0B_03_FD_");
+  h.w->PopupMode.SetListIndex(4);
+  h.clock.AdvanceBy(100);
+  EXPECT_EQ(Sent(h),
+            "FE_FE_5A_E0_05_49_00_25_14_FD_FE_FE_5A_E0_06_05_00_FD_FE_FE_5A_E0_06_05_00_FD_"
+            "FE_FE_5A_E0_06_0B_03_FD_FE_FE_5A_E0_06_04_03_FD_");
 }
 
 // Radios at 0, 8, 136 and 255 answer every frequency request to them. A frame that came in during
@@ -100,8 +101,8 @@ TEST(RadioDiscovery, ASearchAsksEveryAddressOncePerSecondAndReportsThoseThatAnsw
   h.Line().incoming = Bytes({0xFE, 0xFE, 0xE0, 0x08, 0xFB, 0xFD});
   int ticks = 0;
   for (; h.w->FindRadiosTimer.Mode() == 2 && ticks < 300; ++ticks) {
-    EXPECT_FALSE(h.w->FindRadiosButton.Enabled());
-    EXPECT_FALSE(h.w->pollRadios);
+    EXPECT_FALSE(h.w->FindRadiosButton.Enabled() || h.w->pollRadios) << ticks;
+    if (ticks == 2) EXPECT_EQ(h.w->StaticFindRadios.Text(), "-");  // no label while settling
     h.clock.AdvanceBy(1000);
   }
   EXPECT_EQ(ticks, 259);
