@@ -43,7 +43,7 @@ struct Program {
   QtMessages messages;
   QtFileChooser files;
   PosixSerialDriver serial;
-  FixedPortCatalog ports;
+  GrowingPortCatalog ports{MachinePorts};
   App app;
   std::unique_ptr<sim::PtyRadio> demoRadio;
   std::unique_ptr<IcomWindow> window;
