@@ -1,7 +1,6 @@
 // Edit > Undo in the data monitor takes back what the user did there, not the bytes received.
 #include <gtest/gtest.h>
 
-#include <QPlainTextEdit>
 #include <QTest>
 
 #include "shell/qt/ViewHarness.h"
@@ -10,7 +9,7 @@ TEST(MonitorMirror, UndoTakesBackTheUsersEditAndKeepsTheBytesReceivedSince) {
   tarn::test::ViewHarness h;
   h.Start();
   ASSERT_TRUE(QTest::qWaitForWindowActive(h.view.get()));
-  h.Widget<QPlainTextEdit>("EditField1")->setFocus();
+  h.Widget<QWidget>("EditField1")->setFocus();
   QTest::keyClicks(QApplication::focusWidget(), "ab");
   h.w->EditField1.SetText("abFE_");  // a read appends, as CheckSerial does
   h.view->MenuAction("EditUndo")->trigger();
