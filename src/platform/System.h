@@ -30,7 +30,7 @@ class PortCatalog {
   virtual void Rescan() {}
 };
 
-// A fixed list: the ports given on the command line, then the machine's, as the program built it.
+// A list that changes only through Ports(): the ports a test gives the window.
 class FixedPortCatalog : public PortCatalog {
  public:
   explicit FixedPortCatalog(std::vector<SerialPort> ports = {}) : ports_(std::move(ports)) {}
