@@ -1,6 +1,8 @@
 # Tarnline: the two commands a newcomer needs.
 #   make run    installs what is missing, builds, and starts tarnline on its simulated radio
 #   make test   installs what is missing, builds, and runs every test (also under the sanitizers)
+#               and checks the Debian package
+# Also: make install [PREFIX=/usr/local] [DESTDIR=...], make package (build/release/*.deb).
 
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 RELEASE := build/release
@@ -8,8 +10,10 @@ ASAN := build/asan
 TSAN := build/tsan
 FUZZ := build/fuzz
 FUZZ_SECONDS ?= 30
+PREFIX ?= /usr/local
 
-.PHONY: all deps build test test-release test-asan test-tsan test-fuzz fuzz run bench clean
+.PHONY: all deps build test test-release test-asan test-tsan test-fuzz test-package fuzz run bench \
+        install package clean
 
 all: build
 
@@ -20,7 +24,7 @@ build: deps
 	cmake -S . -B $(RELEASE) -DCMAKE_BUILD_TYPE=Release >/dev/null
 	cmake --build $(RELEASE) -j $(JOBS)
 
-test: test-release test-asan test-tsan test-fuzz
+test: test-release test-asan test-tsan test-fuzz test-package
 
 test-release: build
 	cd $(RELEASE) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j $(JOBS)
@@ -49,6 +53,18 @@ test-fuzz: deps
 	scripts/run-fuzzers.sh $(FUZZ)/fuzz $(FUZZ_SECONDS)
 
 fuzz: test-fuzz
+
+# The programs, the menu entry, the icon, the AppStream metadata and the manual pages, stripped.
+install: build
+	DESTDIR="$(DESTDIR)" cmake --install $(RELEASE) --prefix "$(PREFIX)" --strip
+
+# A Debian package of the same under /usr: build/release/tarnline_VERSION_ARCH.deb
+package: build
+	cd $(RELEASE) && cpack -G DEB
+
+# Builds the package, checks it with dpkg-deb and lintian and runs the programs it installs.
+test-package: package
+	scripts/test-package.sh $(RELEASE)
 
 run:
 	@scripts/install-deps.sh run

@@ -146,6 +146,7 @@ class IcomWindow {
   // --- event handlers ---
   void SerialPopup_Open(PopupMenu& sender);
   void SerialPopup_Change(PopupMenu& sender);
+  void SerialPopup_ListOpening(PopupMenu& sender);
   void Timer1_Action(Timer& sender);
   void BaudPopup_Change(PopupMenu& sender);
   void FindRadiosButton_Action(PushButton& sender);

@@ -38,6 +38,10 @@ void PopupMenu::SetListIndex(i64 index) {
   if (Change) Change(*this);
 }
 
+void PopupMenu::OpenList() {
+  if (ListOpening) ListOpening(*this);
+}
+
 std::string PopupMenu::Text() const {
   if (listIndex_ < 0 || listIndex_ >= ListCount()) return {};
   return rows_[static_cast<std::size_t>(listIndex_)];

@@ -79,8 +79,12 @@ class PopupMenu : public Control {
   void SetListIndex(i64 index);
   std::string Text() const;  // the selected row, empty when none
   const std::vector<std::string>& Rows() const { return rows_; }
+  // The user is about to see the rows: the view calls it before its list shows, so that the
+  // handler of ListOpening can bring the rows up to date first.
+  void OpenList();
 
   std::function<void(PopupMenu&)> Change;
+  std::function<void(PopupMenu&)> ListOpening;
 
  private:
   std::vector<std::string> rows_;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -24,9 +25,12 @@ class PortCatalog {
   virtual ~PortCatalog() = default;
   virtual i64 Count() = 0;
   virtual SerialPort At(i64 index) = 0;  // an index outside the list gives an empty port
+  // Looks for ports that have appeared since and adds them at the end. A port keeps its index for
+  // as long as the program runs, also once it has gone, so a row chosen is still its port.
+  virtual void Rescan() {}
 };
 
-// A fixed list: the ports given on the command line, then the machine's, as the program built it.
+// A list that changes only through Ports(): the ports a test gives the window.
 class FixedPortCatalog : public PortCatalog {
  public:
   explicit FixedPortCatalog(std::vector<SerialPort> ports = {}) : ports_(std::move(ports)) {}
@@ -36,6 +40,21 @@ class FixedPortCatalog : public PortCatalog {
 
  private:
   std::vector<SerialPort> ports_;
+};
+
+// Appends each of `found` that `ports` does not hold yet, in order. Two entries are the same port
+// when their paths are the same file: a link such as /dev/serial/by-id/... and its device are one.
+void AppendNewPorts(std::vector<SerialPort>& ports, const std::vector<SerialPort>& found);
+
+// The program's list: the ports it starts with, then those that `look` finds later, at the end.
+class GrowingPortCatalog : public FixedPortCatalog {
+ public:
+  using Lister = std::function<std::vector<SerialPort>()>;
+  explicit GrowingPortCatalog(Lister look) : look_(std::move(look)) {}
+  void Rescan() override { AppendNewPorts(Ports(), look_()); }
+
+ private:
+  Lister look_;
 };
 
 // System.DebugLog: must return at once and never fail.

@@ -9,13 +9,14 @@
 namespace tarn {
 
 // Reads a text file line by line. A line ends at LF, CR LF or CR; a line end at the very end of
-// the file makes no extra empty line. Only the first kMaxLineBytes of a line are kept (a line is
-// one number, and a file without line ends must not take the memory of its size); the rest of
-// such a line is skipped. Only regular files open, and a UTF-8 byte order mark at the start is
-// skipped.
+// the file makes no extra empty line. Only the first kMaxLineBytes of a line are kept and the rest
+// of such a line is skipped: the bound is there for a file with no line ends at all, which must not
+// take the memory of its size, and lies far beyond any real line, so that Val always sees the
+// whole of one (a number after a thousand blanks is still that number). Only regular files open,
+// and a UTF-8 byte order mark at the start is skipped.
 class TextInputStream {
  public:
-  static constexpr std::size_t kMaxLineBytes = 1024;
+  static constexpr std::size_t kMaxLineBytes = 1024 * 1024;
 
   static std::unique_ptr<TextInputStream> Open(const std::string& path);  // nothing on failure
   ~TextInputStream();

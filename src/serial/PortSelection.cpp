@@ -22,6 +22,15 @@ void IcomWindow::SerialPopup_Change(PopupMenu&) {
   }
 }
 
+// Ports that have appeared since go at the end of the list. The rows already there keep their
+// index and text, so a row index is still the index of its port, and App.ourSerialPort stays right.
+void IcomWindow::SerialPopup_ListOpening(PopupMenu&) {
+  System.ports.Rescan();
+  for (i64 i = SerialPopup.ListCount(); i <= System.SerialPortCount() - 1; ++i) {
+    SerialPopup.AddRow(System.SerialPort(i).Name);
+  }
+}
+
 void IcomWindow::BaudPopup_Change(PopupMenu& sender) {
   SerialPopup_Change(sender);
 }

@@ -99,6 +99,7 @@ void IcomWindow::CreateControls() {
 void IcomWindow::AttachHandlers() {
   // SerialPopup's Open event is raised by Open(), once the window stands.
   SerialPopup.Change = [this](PopupMenu& s) { SerialPopup_Change(s); };
+  SerialPopup.ListOpening = [this](PopupMenu& s) { SerialPopup_ListOpening(s); };
   Timer1.Action = [this](Timer& t) { Timer1_Action(t); };
   BaudPopup.Change = [this](PopupMenu& s) { BaudPopup_Change(s); };
   FindRadiosButton.Action = [this](PushButton& b) { FindRadiosButton_Action(b); };

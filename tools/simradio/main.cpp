@@ -27,7 +27,8 @@ constexpr int kMaxNoiseBytes = 4096;
 constexpr int kServeSliceMs = 100;
 
 constexpr const char* kUsage =
-    "usage: simradio [options]\n"
+    "Usage: simradio [options]\n"
+    "\n"
     "Simulated Icom radios on a CI-V bus. Opens a pseudo-terminal, prints the path the program\n"
     "should open on its own line, and serves until SIGINT or SIGTERM.\n"
     "\n"
@@ -43,7 +44,8 @@ constexpr const char* kUsage =
     "  --noise N         put N random bytes on the line after every reply\n"
     "  --silent          never reply (the echo still works)\n"
     "  --seed N          seed of the noise\n"
-    "  --help            this text\n";
+    "  --help            this text\n"
+    "  --version         print the version and quit\n";
 
 struct Config {
   std::string device;
@@ -51,6 +53,7 @@ struct Config {
   BusOptions bus;
   bool fourByte = false;
   bool help = false;
+  bool version = false;
 };
 
 struct ModeName {
@@ -162,6 +165,8 @@ void AddRadio(Config& config, const RadioState& radio) {
 void ParseOption(Config& config, std::string_view name, const std::function<std::string()>& value) {
   if (name == "--help")
     config.help = true;
+  else if (name == "--version")
+    config.version = true;
   else if (name == "--device")
     config.device = value();
   else if (name == "--radio")
@@ -245,6 +250,10 @@ int main(int argc, char** argv) {
   }
   if (config.help) {
     std::cout << kUsage;
+    return 0;
+  }
+  if (config.version) {
+    std::cout << "simradio " << TARNLINE_VERSION << "\n";
     return 0;
   }
   std::string why;

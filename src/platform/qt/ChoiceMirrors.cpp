@@ -3,6 +3,8 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QPushButton>
+#include <algorithm>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -16,11 +18,25 @@ QString ToQt(const std::string& text) {
   return QString::fromStdString(text);
 }
 
+// A combo box that tells before its list shows, by mouse or by keyboard.
+class OpeningComboBox : public QComboBox {
+ public:
+  using QComboBox::QComboBox;
+  std::function<void()> opening;
+
+  void showPopup() override {
+    if (opening) opening();
+    QComboBox::showPopup();
+  }
+};
+
 class PopupMirror : public ControlMirror {
  public:
   PopupMirror(PopupMenu& model, QWidget* parent)
-      : ControlMirror(model, new QComboBox(parent)), popup_(model) {
-    combo_ = static_cast<QComboBox*>(Widget());
+      : ControlMirror(model, new OpeningComboBox(parent)), popup_(model) {
+    auto* combo = static_cast<OpeningComboBox*>(Widget());
+    combo->opening = [this] { popup_.OpenList(); };
+    combo_ = combo;
     // activated is the user's choice only, and comes also when the row chosen is the one shown:
     // choosing the same port again is how a lost port is opened afresh.
     connect(combo_, &QComboBox::activated, this, [this](int row) {
@@ -31,10 +47,17 @@ class PopupMirror : public ControlMirror {
 
  protected:
   void ShowModel() override {
-    if (rowsShown_ != popup_.Rows()) {
-      rowsShown_ = popup_.Rows();
-      combo_->clear();
-      for (const std::string& row : rowsShown_) combo_->addItem(ToQt(row));
+    const std::vector<std::string>& rows = popup_.Rows();
+    if (rowsShown_ != rows) {
+      // Rows added at the end, as ports that appear are, leave the rows shown alone.
+      const bool appended = rows.size() > rowsShown_.size() &&
+                            std::equal(rowsShown_.begin(), rowsShown_.end(), rows.begin());
+      if (!appended) {
+        combo_->clear();
+        rowsShown_.clear();
+      }
+      for (std::size_t i = rowsShown_.size(); i < rows.size(); ++i) combo_->addItem(ToQt(rows[i]));
+      rowsShown_ = rows;
     }
     // -1 shows an empty combo, as a popup without a selection must.
     const int row = static_cast<int>(popup_.ListIndex());

@@ -1,19 +1,8 @@
 #include "platform/qt/QtPorts.h"
 
-#include <QFileInfo>
 #include <QSerialPortInfo>
-#include <algorithm>
 
 namespace tarn {
-
-namespace {
-
-std::string SameFileKey(const std::string& path) {
-  const QString canonical = QFileInfo(QString::fromStdString(path)).canonicalFilePath();
-  return canonical.isEmpty() ? path : canonical.toStdString();
-}
-
-}  // namespace
 
 std::vector<SerialPort> MachinePorts() {
   std::vector<SerialPort> ports;
@@ -26,15 +15,8 @@ std::vector<SerialPort> MachinePorts() {
 std::vector<SerialPort> MergePorts(const std::vector<std::string>& given,
                                    const std::vector<SerialPort>& machine) {
   std::vector<SerialPort> merged;
-  std::vector<std::string> keys;
-  const auto add = [&](SerialPort port) {
-    std::string key = SameFileKey(port.path);
-    if (std::find(keys.begin(), keys.end(), key) != keys.end()) return;
-    keys.push_back(std::move(key));
-    merged.push_back(std::move(port));
-  };
-  for (const std::string& path : given) add({path, path});
-  for (const SerialPort& port : machine) add(port);
+  for (const std::string& path : given) AppendNewPorts(merged, {{path, path}});
+  AppendNewPorts(merged, machine);
   return merged;
 }
 

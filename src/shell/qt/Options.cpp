@@ -12,7 +12,8 @@ namespace {
 constexpr int kMaxMs = 86'400'000;
 
 const char* const kUsage =
-    R"(usage: tarnline [options]
+    R"(Usage: tarnline [options]
+
 A test bench for the Icom CI-V bus: pick the serial port and speed, give the bus addresses, and
 watch and set the radio's frequency, mode and filter.
 
@@ -30,6 +31,7 @@ watch and set the radio's frequency, mode and filter.
                        when --status-after is not given)
   --quit-after MS      quit through File > Quit after MS milliseconds
   --help               this text
+  --version            print the version and quit
 
 A real radio: connect its CI-V interface (USB ones show as ttyUSB0 or ttyACM0), start tarnline,
 pick the port under Serial Port and the radio's CI-V speed under Baud Rate, and put the radio's
@@ -74,6 +76,8 @@ bool TakesValue(std::string_view name) {
 bool ApplyFlag(Options& o, std::string_view name) {
   if (name == "--help" || name == "-h") {
     o.help = true;
+  } else if (name == "--version") {
+    o.version = true;
   } else if (name == "--demo") {
     o.demo = true;
   } else if (name == "--print-changes") {

@@ -10,6 +10,7 @@ struct Options {
   std::vector<std::string> ports;  // --port, in the order given
   bool demo = false;
   bool help = false;
+  bool version = false;
   bool printChanges = false;
   int statusAfterMs = -1;  // -1: never
   int quitAfterMs = -1;

@@ -1,6 +1,7 @@
 #include "shell/qt/QtMenus.h"
 
 #include <QApplication>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPlainTextEdit>
@@ -21,6 +22,14 @@ constexpr StandardShortcut kStandard[] = {{"Cmd+Q", QKeySequence::Quit},
                                           {"Cmd+C", QKeySequence::Copy},
                                           {"Cmd+V", QKeySequence::Paste}};
 
+// The monitor's mirror keeps the user's edits apart from the bytes the logic appends and takes
+// them back on the Undo key; Edit > Undo presses that key in it.
+void PressUndoKey(QPlainTextEdit& edit) {
+  const QKeyCombination undo = QKeySequence(QKeySequence::Undo)[0];
+  QKeyEvent press(QEvent::KeyPress, undo.key(), undo.keyboardModifiers());
+  QCoreApplication::sendEvent(&edit, &press);
+}
+
 struct FieldEdit {
   std::string_view item;
   void (*onLine)(QLineEdit&);
@@ -29,7 +38,7 @@ struct FieldEdit {
 
 // Clear takes the selection away and nothing else, unlike the Delete key.
 const FieldEdit kFieldEdits[] = {
-    {"EditUndo", [](QLineEdit& e) { e.undo(); }, [](QPlainTextEdit& e) { e.undo(); }},
+    {"EditUndo", [](QLineEdit& e) { e.undo(); }, PressUndoKey},
     {"EditCut", [](QLineEdit& e) { e.cut(); }, [](QPlainTextEdit& e) { e.cut(); }},
     {"EditCopy", [](QLineEdit& e) { e.copy(); }, [](QPlainTextEdit& e) { e.copy(); }},
     {"EditPaste", [](QLineEdit& e) { e.paste(); }, [](QPlainTextEdit& e) { e.paste(); }},

@@ -43,7 +43,7 @@ struct Program {
   QtMessages messages;
   QtFileChooser files;
   PosixSerialDriver serial;
-  FixedPortCatalog ports;
+  GrowingPortCatalog ports{MachinePorts};
   App app;
   std::unique_ptr<sim::PtyRadio> demoRadio;
   std::unique_ptr<IcomWindow> window;
@@ -131,8 +131,13 @@ int main(int argc, char** argv) {
     std::cerr << "tarnline: " << parsed.error << "\nTry 'tarnline --help'.\n";
     return 2;
   }
+  // Both answer before Qt starts, so they work without a display (help2man reads them at build).
   if (parsed.options.help) {
     std::cout << tarn::Usage();
+    return 0;
+  }
+  if (parsed.options.version) {
+    std::cout << "tarnline " << TARNLINE_VERSION << "\n";
     return 0;
   }
   // Qt sees no arguments: ours are parsed already, and Qt's own settings come from the
