@@ -102,7 +102,9 @@ TEST(RadioDiscovery, ASearchAsksEveryAddressOncePerSecondAndReportsThoseThatAnsw
   int ticks = 0;
   for (; h.w->FindRadiosTimer.Mode() == 2 && ticks < 300; ++ticks) {
     EXPECT_FALSE(h.w->FindRadiosButton.Enabled() || h.w->pollRadios) << ticks;
-    if (ticks == 2) EXPECT_EQ(h.w->StaticFindRadios.Text(), "-");  // no label while settling
+    if (ticks == 2) {
+      EXPECT_EQ(h.w->StaticFindRadios.Text(), "-");  // no label while settling
+    }
     h.clock.AdvanceBy(1000);
   }
   EXPECT_EQ(ticks, 259);
