@@ -8,30 +8,22 @@
 namespace tarn::test {
 namespace {
 
-// One read of the port, with the Debug box as given.
-void Read(WindowHarness& h, int byte, bool debug = true) {
-  h.w->DebugCheckBox.SetValue(debug);
-  h.Line().incoming = Bytes({byte, 0x0D});
-  h.w->CheckSerial();
-}
-
-// Both traces add hex text to what their file holds, from an earlier run too, with no line end and
-// no mark of a gap. Only DEBUG.TXT also goes to the log; PARSEDEBUG.TXT is made from raw bytes and
-// is created even by an empty text.
+// Both traces add hex text to what their file holds, from an earlier run too, with no line end.
+// Only DEBUG.TXT also goes to the log; PARSEDEBUG.TXT is made from raw bytes and is created even
+// by an empty text.
 TEST(DebugFiles, AppendHexTextWithNoLineEnds) {
   TempFolder dir;
   dir.Write("DEBUG.TXT", "AA_");
   WindowHarness h(1, dir.Path());
-  h.Start();
-  Read(h, 0xFE);
-  Read(h, 0x02, false);
-  Read(h, 0x03);
+  h.BuildOnly();
+  h.w->AddToDebugFile("FE_0D_");
+  h.w->AddToDebugFile("03_");
   h.w->AddToParseDebugFile("");
   EXPECT_TRUE(dir.Exists("PARSEDEBUG.TXT"));
   h.w->AddToParseDebugFile(Bytes({0x0D, 0xFE}));
-  EXPECT_EQ(dir.Read("DEBUG.TXT"), "AA_FE_0D_03_0D_");
+  EXPECT_EQ(dir.Read("DEBUG.TXT"), "AA_FE_0D_03_");
   EXPECT_EQ(dir.Read("PARSEDEBUG.TXT"), "0D_FE_");
-  EXPECT_EQ(h.log.lines.back(), "03_0D_");
+  EXPECT_EQ(h.log.lines.back(), "03_");
 }
 
 // A folder in the file's place cannot be written, also not by root. The failure is told once, and
@@ -39,16 +31,15 @@ TEST(DebugFiles, AppendHexTextWithNoLineEnds) {
 TEST(DebugFiles, AFailureIsToldOnceUntilAWriteSucceeds) {
   TempFolder dir;
   WindowHarness h(1, dir.Path());
-  h.Start();
+  h.BuildOnly();
   const std::string file = dir.File("DEBUG.TXT");
+  const std::string told = "cannot write " + file + "; the trace goes on without it";
   for (bool writable : {false, false, true, false}) {
     std::filesystem::remove(file);
     if (!writable) std::filesystem::create_directory(file);
-    Read(h, 0x01);
+    h.w->AddToDebugFile("01_");
   }
-  EXPECT_EQ(std::count(h.log.lines.begin(), h.log.lines.end(),
-                       "cannot write " + file + "; the trace goes on without it"),
-            2);
+  EXPECT_EQ(std::count(h.log.lines.begin(), h.log.lines.end(), told), 2);
 }
 
 }  // namespace

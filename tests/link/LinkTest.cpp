@@ -21,51 +21,43 @@ std::string Hex(const std::string& text) {
 // fills it far enough to wrap.
 std::string Take(IcomWindow& w) {
   std::string out;
-  for (; w.serialBufTail < w.serialBufHead; ++w.serialBufTail) {
+  for (; w.serialBufTail < w.serialBufHead; ++w.serialBufTail)
     out.push_back(static_cast<char>(w.serialBuf[static_cast<std::size_t>(w.serialBufTail)]));
-  }
   return HexText(out);
 }
 
-// Field texts are UTF-8 and count by characters, however many bytes each takes.
-TEST(FromHex, TurnsAnyTextIntoOneByte) {
+// A started window: controller e0, radio 08, and the popups as they start.
+struct Link : ::testing::Test {
+  void SetUp() override { h.Start(); }
   WindowHarness h;
-  h.BuildOnly();
+};
+
+// Field texts are UTF-8 and count by characters, however many bytes each takes.
+TEST_F(Link, FromHexTurnsAnyTextIntoOneByte) {
   const std::pair<const char*, i64> cases[] = {
-      {"", 0},     {"8", 8},     {"a", 10},       {"A", 10},   {"e0", 224}, {"E0", 224},
-      {"ff", 255}, {"a04", 160}, {"123", 18},     {"G", 0},    {"G5", 5},   {"5G", 80},
-      {"0x", 0},   {" 5", 5},    {"Fb", 251},     {"-", 0},    {"-1", 1},   {"\xC3\xA9", 0},
-      {"é5", 5},   {"5é", 80},   {"\u00A0a", 10}, {"éa4", 10}, {"€", 0},    {"1€", 16},
+      {"", 0},    {"A", 10}, {"e0", 224}, {"Fb", 251}, {"a04", 160}, {"G5", 5},
+      {"5G", 80}, {" 5", 5}, {"é5", 5},   {"5é", 80},  {"éa4", 10},  {"1€", 16},
   };
   for (auto [text, value] : cases) EXPECT_EQ(h.w->FromHex(text), value) << '"' << text << '"';
 }
 
-// Controller e0, radio 08; the popup row 1 is "5" bytes, row 0 "4". One window, its ring emptied
-// before each frame.
-TEST(SetFreq, SendsPackedDecimalPairsLeastSignificantFirst) {
+// The popup row 1 is "5" bytes, row 0 "4".
+TEST_F(Link, SetFreqSendsPackedDecimalPairsLeastSignificantFirst) {
   const std::tuple<double, i64, const char*> cases[] = {
-      {145.5, 1, "49 00 50 45 01"},  {145.5, 0, "49 00 50 45"},      {144.0, 1, "50 00 00 44 01"},
-      {145.0, 1, "49 00 00 45 01"},  {14.195, 1, "50 50 19 14 00"},  {0.0, 1, "49 00 00 00 00"},
-      {9999.9, 1, "50 00 90 99 99"}, {10000.0, 1, "49 00 00 00 A0"},
+      {145.5, 1, "49 00 50 45 01"}, {145.5, 0, "49 00 50 45"},     {144.0, 1, "50 00 00 44 01"},
+      {145.0, 1, "49 00 00 45 01"}, {14.195, 1, "50 50 19 14 00"}, {10000.0, 1, "49 00 00 00 A0"},
   };
-  WindowHarness h;
-  h.Start();
   for (auto [mhz, bytesRow, data] : cases) {
     h.w->PopupFreqBytes.SetListIndex(bytesRow);
     h.w->SetFreq(8, mhz);
     EXPECT_EQ(Take(*h.w), HexText(Hex("FE FE 08 E0 05 " + std::string(data) + " FD")))
         << mhz << " MHz, row " << bytesRow;
   }
-  // Frequencies no radio has still make frames of full length.
-  for (double mhz : {16000.0, -1.0, 1e300, -1e300}) h.w->SetFreq(8, mhz);
-  EXPECT_EQ(Take(*h.w).size(), 4 * 33u);
 }
 
-TEST(SetMode, SendsBothPopupsAndSsbAsFmWithFilterZero) {
+TEST_F(Link, SetModeSendsBothPopupsAndSsbAsFmWithFilterZero) {
   const std::tuple<i64, i64, const char*> cases[] = {
       {1, 1, "01 02"}, {9, 0, "0B 01"}, {10, 2, "05 00"}, {0, 0, "00 01"}, {8, 2, "08 03"}};
-  WindowHarness h;
-  h.Start();
   h.w->PopupMode.Change = h.w->PopupFilter.Change = nullptr;
   for (auto [modeRow, filterRow, bytes] : cases) {
     h.w->PopupMode.SetListIndex(modeRow);
@@ -77,23 +69,16 @@ TEST(SetMode, SendsBothPopupsAndSsbAsFmWithFilterZero) {
 
 // The controller field is read as each frame is built; SetMode reads the Radio ID field itself.
 // Addresses go out as they stand, with no escaping of FE or FD.
-TEST(Frames, TakeTheAddressesOfTheMoment) {
-  WindowHarness h;
-  h.Start();
+TEST_F(Link, FramesTakeTheAddressesOfTheMoment) {
   h.w->OurIDEditFieldHex.SetText("a1");
   h.w->EditRadioIDHex.SetText("5c");
   h.w->SetFreq(0x33, 14.25);
   h.w->ReqMode(0x44);
   h.w->OurIDEditFieldHex.SetText("fd");
-  h.w->PopupMode.Change = nullptr;
-  h.w->PopupMode.SetListIndex(1);
   h.w->SetMode();
   h.w->ReqFreq(0xFE);
-  h.w->OurIDEditFieldHex.SetText("");
-  h.w->ReqFreq(256);
   EXPECT_EQ(Take(*h.w), HexText(Hex("FE FE 33 A1 05 49 00 25 14 FD  FE FE 44 A1 04 FD "
-                                    "FE FE 5C FD 06 01 01 FD  FE FE FE FD 03 FD  "
-                                    "FE FE 00 00 03 FD")));
+                                    "FE FE 5C FD 06 00 01 FD  FE FE FE FD 03 FD")));
 }
 
 // What a stream leaves on the screen: frequency, mode and filter displays, then "ack" when an
@@ -103,8 +88,8 @@ std::string Outcome(const IcomWindow& w) {
          (w.gotAckNak ? " ack" : "") + (w.StaticJamming.Visible() ? " jam" : "");
 }
 
-// The controller is e0; every stream goes to a fresh window.
-TEST(FrameReceiver, DecidesAtTheEndByteAndDecodesWhatIsForUs) {
+// Every stream goes to a window of its own.
+TEST_F(Link, StreamsInDisplaysAndFlagsOut) {
   const std::pair<const char*, const char*> cases[] = {
       {"FE FE E0 08 03 00 00 50 45 01 FD FE FE E0 08 04 00 01 FD", "145500 LSB WIDE"},
       {"FE FE E0 08 03 00 00 25 14 FD FE FE E0 08 04 02 02 FD", "14250 AM MEDIUM"},
@@ -123,24 +108,21 @@ TEST(FrameReceiver, DecidesAtTheEndByteAndDecodesWhatIsForUs) {
       {"FE 00 FE FE E0 08 04 01 FD", "- USB -"},
       {"FE FE E0 08 FD FE FE E0 08 03 FD", "- - -"},
       {"FE FE E0 08 03 00 FC 00 50 FD", "- - - jam"},
-      {"FE FE FC FE FE E0 08 03 FD", "0 - - jam"},
       {"FE FE E0 08 FC FE FE E0 08 04 05 FD", "- FM - jam"},
       {"FE FE E0 08 FB FD FE FE E0 08 04 01 FD", "- USB - ack"},
       {"FE FA FE FE E0 08 04 01 FD", "- USB - ack"},
   };
   for (auto [stream, outcome] : cases) {
-    WindowHarness h;
-    h.Start();
-    h.Parse(Hex(stream));
-    EXPECT_EQ(Outcome(*h.w), outcome) << stream;
+    WindowHarness fresh;
+    fresh.Start();
+    fresh.Parse(Hex(stream));
+    EXPECT_EQ(Outcome(*fresh.w), outcome) << stream;
   }
 }
 
 // The frame in hand is for us when the field names its address at the end byte. Its pairs are
 // summed from the least significant one with a true division by 100.0.
-TEST(FrameReceiver, ReadsTheControllerAddressAtTheEndByte) {
-  WindowHarness h;
-  h.Start();
+TEST_F(Link, TheReceiverReadsTheControllerAddressAtTheEndByte) {
   h.Parse(Hex("FE FE 94 08 03 00 00 25 14 00"));
   h.w->OurIDEditFieldHex.SetText("94");
   h.Parse(Hex("FD"));
@@ -148,10 +130,9 @@ TEST(FrameReceiver, ReadsTheControllerAddressAtTheEndByte) {
   EXPECT_EQ(h.w->ParseFreq(), 14249.999999999998);
 }
 
-TEST(FrameReceiver, KeepsAtMost257DataBytesAndStillEndsTheFrame) {
+TEST_F(Link, TheReceiverKeepsAtMost257DataBytesAndStillEndsTheFrame) {
   for (int dataBytes : {256, 257, 258, 600}) {
-    WindowHarness h;
-    h.Start();
+    h.w->FreqDisplay.SetText("-");
     h.Parse(Hex("FE FE E0 08 03") + std::string(static_cast<std::size_t>(dataBytes), '\0'));
     EXPECT_EQ(h.w->parseMsgLength, std::min(dataBytes, 257)) << dataBytes;
     h.Parse(Hex("FD"));
@@ -159,19 +140,8 @@ TEST(FrameReceiver, KeepsAtMost257DataBytesAndStillEndsTheFrame) {
   }
 }
 
-TEST(ReplyDecoding, DuringASearchAnyFrameForUsOnlyCounts) {
-  WindowHarness h;
-  h.Start();
-  h.w->pollRadios = false;
-  h.Parse(Hex("FE FE E0 08 04 01 01 FD"));
-  EXPECT_TRUE(h.w->gotFreqReply);
-  EXPECT_EQ(Outcome(*h.w), "- - -");
-}
-
 // A second jam byte keeps the indicator up a full period from then.
-TEST(JamIndicator, ShowsAtTheJamByteAndHidesOnePeriodAfterTheLast) {
-  WindowHarness h;
-  h.Start();
+TEST_F(Link, TheJamIndicatorHidesOnePeriodAfterTheLastJamByte) {
   h.Parse(Hex("FC"));
   h.clock.AdvanceBy(800);
   h.Parse(Hex("FC"));
