@@ -8,92 +8,37 @@
 namespace tarn::test {
 namespace {
 
-long WriteFailuresTold(const WindowHarness& h) {
-  return std::count_if(h.log.lines.begin(), h.log.lines.end(),
-                       [](const std::string& l) { return l.rfind("cannot write", 0) == 0; });
-}
-
-TEST(DebugFile, CreatedThenAppendedWithNoLineEnds) {
-  TempFolder dir;
-  WindowHarness h(1, dir.Path());
-  h.Start();
-  h.w->DebugCheckBox.SetValue(true);
-  h.Line().incoming = Bytes({0xFE});
-  h.w->CheckSerial();
-  EXPECT_EQ(dir.Read("DEBUG.TXT"), "FE_");
-  h.Line().incoming = Bytes({0x0D});
-  h.w->CheckSerial();
-  EXPECT_EQ(dir.Read("DEBUG.TXT"), "FE_0D_");  // six characters, no line end
-}
-
-TEST(DebugFile, SurvivesARestartAndAGapWithTheBoxOff) {
+// Both traces add hex text to what their file holds, from an earlier run too, with no line end.
+// Only DEBUG.TXT also goes to the log; PARSEDEBUG.TXT is made from raw bytes and is created even
+// by an empty text.
+TEST(DebugFiles, AppendHexTextWithNoLineEnds) {
   TempFolder dir;
   dir.Write("DEBUG.TXT", "AA_");
   WindowHarness h(1, dir.Path());
-  h.Start();
-  h.w->DebugCheckBox.SetValue(true);
-  h.Line().incoming = Bytes({0x01});
-  h.w->CheckSerial();
-  h.w->DebugCheckBox.SetValue(false);
-  h.Line().incoming = Bytes({0x02});
-  h.w->CheckSerial();
-  h.w->DebugCheckBox.SetValue(true);
-  h.Line().incoming = Bytes({0x03, 0x04});
-  h.w->CheckSerial();
-  EXPECT_EQ(dir.Read("DEBUG.TXT"), "AA_01_03_04_");
-}
-
-TEST(DebugFile, TheMonitorOffStillFeedsTheFileAndTheLog) {
-  TempFolder dir;
-  WindowHarness h(1, dir.Path());
-  h.Start();
-  h.w->DebugCheckBox.SetValue(true);
-  h.log.lines.clear();
-  h.Line().incoming = Bytes({0xFE, 0xFD});
-  h.w->CheckSerial();
-  EXPECT_EQ(dir.Read("DEBUG.TXT"), "FE_FD_");
-  EXPECT_EQ(h.log.lines, (std::vector<std::string>{"FE_FD_"}));
-  EXPECT_EQ(h.w->EditField1.Text(), "");
-}
-
-TEST(DebugFile, AnUnwritableFileCostsThePumpNothingAndIsToldOnce) {
-  TempFolder dir;
-  // A folder in the file's place cannot be opened for writing, also not by root.
-  std::filesystem::create_directory(dir.File("DEBUG.TXT"));
-  WindowHarness h(1, dir.Path());
-  h.Start();
-  h.w->DebugCheckBox.SetValue(true);
-  for (int i = 0; i < 5; ++i) {
-    h.Line().incoming = Bytes({0xFE, 0xFE, 0xE0, 0x08, 0x03, 0x00, 0x00, 0x50, 0x45, 0x01, 0xFD});
-    h.w->CheckSerial();
-  }
-  EXPECT_EQ(h.w->FreqDisplay.Text(), "145500");
-  EXPECT_EQ(WriteFailuresTold(h), 1);
-}
-
-TEST(DebugFile, AFolderThatIsNotThereIsSurvivedToo) {
-  WindowHarness h(1, "/nonexistent-folder-for-tarnline-tests/sub");
-  h.Start();
-  h.w->DebugCheckBox.SetValue(true);
-  for (int i = 0; i < 3; ++i) {
-    h.Line().incoming = Bytes({0xFE, 0xFE, 0xE0, 0x08, 0x04, 0x01, 0x02, 0xFD});
-    h.w->CheckSerial();
-  }
-  EXPECT_EQ(h.w->ModeDisplay.Text(), "USB");
-  EXPECT_EQ(WriteFailuresTold(h), 1);
-}
-
-TEST(ParseDebugFile, ConvertsRawBytesItselfAndAnEmptyTextLeavesAnEmptyFile) {
-  TempFolder dir;
-  WindowHarness h(1, dir.Path());
-  h.Start();
+  h.BuildOnly();
+  h.w->AddToDebugFile("FE_0D_");
   h.w->AddToParseDebugFile("");
   EXPECT_TRUE(dir.Exists("PARSEDEBUG.TXT"));
-  EXPECT_EQ(dir.Read("PARSEDEBUG.TXT"), "");
-  h.log.lines.clear();
   h.w->AddToParseDebugFile(Bytes({0x0D, 0xFE}));
+  EXPECT_EQ(dir.Read("DEBUG.TXT"), "AA_FE_0D_");
   EXPECT_EQ(dir.Read("PARSEDEBUG.TXT"), "0D_FE_");
-  EXPECT_TRUE(h.log.lines.empty());
+  EXPECT_EQ(h.log.lines, std::vector<std::string>{"FE_0D_"});
+}
+
+// A folder in the file's place cannot be written, also not by root. The failure is told once, and
+// told again only after a write has succeeded in between.
+TEST(DebugFiles, AFailureIsToldOnceUntilAWriteSucceeds) {
+  TempFolder dir;
+  WindowHarness h(1, dir.Path());
+  h.BuildOnly();
+  const std::string file = dir.File("DEBUG.TXT");
+  const std::string told = "cannot write " + file + "; the trace goes on without it";
+  for (bool writable : {false, false, true, false}) {
+    std::filesystem::remove(file);
+    if (!writable) std::filesystem::create_directory(file);
+    h.w->AddToDebugFile("01_");
+  }
+  EXPECT_EQ(std::count(h.log.lines.begin(), h.log.lines.end(), told), 2);
 }
 
 }  // namespace
