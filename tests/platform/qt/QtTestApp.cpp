@@ -7,20 +7,18 @@
 
 namespace {
 
-int argc = 1;
-char name[] = "tarnline_qt_tests";
-char* argv[] = {name, nullptr};
-
 struct QtApplication : ::testing::Environment {
   void SetUp() override {
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
     app = std::make_unique<QApplication>(argc, argv);
   }
   void TearDown() override { app.reset(); }
+  int argc = 1;
+  char name[18] = "tarnline_qt_tests";
+  char* argv[2] = {name, nullptr};
   std::unique_ptr<QApplication> app;
 };
 
-[[maybe_unused]] ::testing::Environment* const kQtApplication =
-    ::testing::AddGlobalTestEnvironment(new QtApplication);
+[[maybe_unused]] const auto* const kApp = ::testing::AddGlobalTestEnvironment(new QtApplication);
 
 }  // namespace

@@ -65,7 +65,7 @@ std::string Describe(const Control& c, QWidget* w) {
   return s.str();
 }
 
-TEST(MainWindow, ShowsItsThirtySixControlsAsStarted) {
+TEST(MainWindow, ShowsItsControlsAndMenusAsStarted) {
   const std::vector<std::string> expected = {
       "SerialPopup 109,14 280x20 tab 0 size 12 @0: port0 next EditField1",
       "EditField1 10,345 527x164 tab 1 size 12 next BaudPopup ''",
@@ -110,13 +110,25 @@ TEST(MainWindow, ShowsItsThirtySixControlsAsStarted) {
   View v;
   ASSERT_TRUE(QTest::qWaitForWindowActive(v.view.get()));
   std::vector<std::string> shown;
-  for (const Control* c : v.w->Controls()) {
+  for (const Control* c : v.w->Controls())
     shown.push_back(Describe(*c, v.Widget(c->Name().c_str())));
-  }
   EXPECT_EQ(shown, expected);
   EXPECT_EQ(v.view->windowTitle(), "Tarnline Interface");
   EXPECT_EQ(v.view->Client()->size(), QSize(576, 529));
   EXPECT_FALSE(v.view->windowHandle()->flags().testFlag(Qt::WindowMaximizeButtonHint));
+  // The menus, each item with its first key (the separator has neither); ScanList asks for a
+  // text file.
+  QStringList items;
+  for (const QAction* top : v.view->menuBar()->actions()) {
+    items << top->text() + (top->isVisible() ? ":" : " hidden:");
+    for (const QAction* a : top->menu()->actions())
+      items << a->text() + " " + a->shortcut().toString();
+  }
+  EXPECT_EQ(items,
+            (QStringList{"&File:", "Quit Ctrl+Q", "ScanList... ", "&Edit:", "Undo Ctrl+Z", " ",
+                         "Cut Ctrl+X", "Copy Ctrl+C", "Paste Ctrl+V", "Clear ", " hidden:"}));
+  v.view->MenuAction("FileScanList")->trigger();
+  EXPECT_EQ(v.chooser.filters, (std::vector<std::string>{"TEXT"}));
 }
 
 // With a good port, with none, and with one that will not open: the speeds the port was set to, in
@@ -166,22 +178,6 @@ TEST(MainWindow, UserInputReachesTheModelsAndRaisesTheirEvents) {
   EXPECT_FALSE(v.view->statusBar()->isVisible());
 }
 
-// Each item with its first key (the separator has neither), and ScanList asking for a text file.
-TEST(MainWindow, MenusHoldTheirItemsWithTheirKeys) {
-  View v;
-  QStringList items;
-  for (const QAction* top : v.view->menuBar()->actions()) {
-    items << top->text() + (top->isVisible() ? ":" : " hidden:");
-    for (const QAction* a : top->menu()->actions())
-      items << a->text() + " " + a->shortcut().toString();
-  }
-  EXPECT_EQ(items,
-            (QStringList{"&File:", "Quit Ctrl+Q", "ScanList... ", "&Edit:", "Undo Ctrl+Z", " ",
-                         "Cut Ctrl+X", "Copy Ctrl+C", "Paste Ctrl+V", "Clear ", " hidden:"}));
-  v.view->MenuAction("FileScanList")->trigger();
-  EXPECT_EQ(v.chooser.filters, (std::vector<std::string>{"TEXT"}));
-}
-
 constexpr int kPatienceMs = 20000;  // a failure bound only
 
 QString Tarnline() {
@@ -200,9 +196,8 @@ TEST(Options, BadCommandLinesAreRefusedWithStatusTwo) {
       {{"--status-after", "5s"}, "--status-after needs milliseconds"},
       {{"--print-changes=yes"}, "--print-changes takes no value"},
   };
-  for (const auto& [args, error] : refused) {
+  for (const auto& [args, error] : refused)
     EXPECT_EQ(ParseOptions(args).error.substr(0, error.size()), error);
-  }
   QProcess program;  // the program says so and ends with status 2
   program.start(Tarnline(), {"--port", "--demo"});
   ASSERT_TRUE(program.waitForFinished(kPatienceMs));
@@ -225,9 +220,8 @@ TEST(Program, PollsTheRadioOnTheGivenPortAndPrintsTheDisplays) {
       "Freq: -  Mode: -  Filter: -\nFreq: 145500  Mode: -  Filter: -\n"
       "Freq: 145500  Mode: FM  Filter: -\nFreq: 145500  Mode: FM  Filter: WIDE\n";
   std::string seen;
-  while (seen.size() < expected.size() && program.waitForReadyRead(kPatienceMs)) {
+  while (seen.size() < expected.size() && program.waitForReadyRead(kPatienceMs))
     seen += program.readAllStandardOutput().toStdString();
-  }
   program.waitForReadyRead(1500);
   EXPECT_EQ(seen + program.readAllStandardOutput().toStdString(), expected);
   program.terminate();
