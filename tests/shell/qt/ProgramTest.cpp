@@ -153,16 +153,16 @@ TEST(StartUp, OpensInItsOrderAndPollsWhateverThePortDoes) {
 // does in turn shows in the widgets.
 TEST(MainWindow, UserInputReachesTheModelsAndRaisesTheirEvents) {
   View v;
-  auto* freq = v.Widget("EditFreq");
-  QTest::keyClicks(freq, "14250");
-  QTest::keyClick(freq, Qt::Key_Return);  // the line end sends the frequency, in kHz
+  QTest::keyClicks(v.Widget("EditFreq"), "14250\r");  // the line end sends it, in kHz
   v.clock.AdvanceBy(10);
   EXPECT_EQ(v.Line().AllWritten(),
             Bytes({0xFE, 0xFE, 0x08, 0xE0, 0x05, 0x49, 0x00, 0x25, 0x14, 0xFD}));
   QTest::keyClick(v.Widget("BaudPopup"), Qt::Key_Down);
   EXPECT_EQ(v.Line().configured.back().baud, 14400);
-  QTest::mouseClick(v.Widget("ShowDataCheck"), Qt::LeftButton);
-  EXPECT_TRUE(v.w->ShowDataCheck.Value());
+  QTest::mouseClick(v.Widget("ShowDataCheck"), Qt::LeftButton);  // received bytes now show
+  v.Line().incoming = Bytes({0xFE, 0xFE, 0xE0, 0x08, 0xFB, 0xFD});
+  v.clock.AdvanceBy(50);
+  EXPECT_EQ(v.Widget("EditField1")->property("plainText").toString(), "FE_FE_E0_08_FB_FD_");
   auto* find = v.Widget("FindRadiosButton");
   QTest::mouseClick(find, Qt::LeftButton);
   EXPECT_EQ(v.w->FindRadiosTimer.Mode(), 2);
