@@ -7,22 +7,18 @@
 
 namespace {
 
-class QtApplicationEnvironment : public ::testing::Environment {
- public:
+struct QtApplication : ::testing::Environment {
   void SetUp() override {
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-    app_ = std::make_unique<QApplication>(argc_, argv_);
+    app = std::make_unique<QApplication>(argc, argv);
   }
-  void TearDown() override { app_.reset(); }
-
- private:
-  int argc_ = 1;
-  char name_[18] = "tarnline_qt_tests";
-  char* argv_[2] = {name_, nullptr};
-  std::unique_ptr<QApplication> app_;
+  void TearDown() override { app.reset(); }
+  int argc = 1;
+  char name[18] = "tarnline_qt_tests";
+  char* argv[2] = {name, nullptr};
+  std::unique_ptr<QApplication> app;
 };
 
-[[maybe_unused]] ::testing::Environment* const kQtEnvironment =
-    ::testing::AddGlobalTestEnvironment(new QtApplicationEnvironment);
+[[maybe_unused]] const auto* const kApp = ::testing::AddGlobalTestEnvironment(new QtApplication);
 
 }  // namespace
