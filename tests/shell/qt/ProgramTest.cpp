@@ -178,6 +178,17 @@ TEST(MainWindow, UserInputReachesTheModelsAndRaisesTheirEvents) {
   EXPECT_FALSE(v.view->statusBar()->isVisible());
 }
 
+// Edit > Undo in the monitor takes back what the user typed there, not the bytes received since.
+TEST(MainWindow, UndoInTheMonitorTakesBackTheUsersEdit) {
+  View v;
+  ASSERT_TRUE(QTest::qWaitForWindowActive(v.view.get()));
+  v.Widget("EditField1")->setFocus();
+  QTest::keyClicks(v.Widget("EditField1"), "ab");
+  v.w->EditField1.SetText("abFE_");  // a read appends, as CheckSerial does
+  v.view->MenuAction("EditUndo")->trigger();
+  EXPECT_EQ(v.w->EditField1.Text(), "aFE_");
+}
+
 constexpr int kPatienceMs = 20000;  // a failure bound only
 
 QString Tarnline() {
