@@ -12,8 +12,8 @@ FUZZ := build/fuzz
 FUZZ_SECONDS ?= 30
 PREFIX ?= /usr/local
 
-.PHONY: all deps build test test-release test-asan test-tsan test-fuzz test-package fuzz run bench \
-        install package clean
+.PHONY: all deps build test test-release test-asan test-tsan test-fuzz test-package test-ratio fuzz \
+        run bench install package clean
 
 all: build
 
@@ -24,7 +24,7 @@ build: deps
 	cmake -S . -B $(RELEASE) -DCMAKE_BUILD_TYPE=Release >/dev/null
 	cmake --build $(RELEASE) -j $(JOBS)
 
-test: test-release test-asan test-tsan test-fuzz test-package
+test: test-release test-asan test-tsan test-fuzz test-package test-ratio
 
 test-release: build
 	cd $(RELEASE) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j $(JOBS)
@@ -65,6 +65,10 @@ package: build
 # Builds the package, checks it with dpkg-deb and lintian and runs the programs it installs.
 test-package: package
 	scripts/test-package.sh $(RELEASE)
+
+# The tests against the code, in lines; fails above 40%.
+test-ratio:
+	scripts/test-ratio.sh 40
 
 run:
 	@scripts/install-deps.sh run
