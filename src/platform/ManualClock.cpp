@@ -26,11 +26,15 @@ void ManualClock::Rearm(Timer& timer) {
 
 void ManualClock::Remove(Timer& timer) {
   Erase(timer);
+  std::erase_if(watches_, [&](const auto& w) { return w.second == &timer; });
 }
 
-bool ManualClock::IsArmed(const Timer& timer) const {
-  return std::any_of(armed_.begin(), armed_.end(),
-                     [&](const Entry& e) { return e.timer == &timer; });
+bool ManualClock::Awake(Timer& timer) {
+  if (ticksAlways) return true;
+  for (const auto& [port, watcher] : watches_) {
+    if (watcher == &timer && timer.Asleep() && port->WantsRead()) timer.Wake();
+  }
+  return !timer.Asleep();
 }
 
 bool ManualClock::WaitForInput(Serial& port, i64 maxMs) {
@@ -62,7 +66,7 @@ void ManualClock::AdvanceTo(i64 when) {
     } else {
       Erase(*timer);
     }
-    timer->Fire();
+    if (Awake(*timer)) timer->Fire();
   }
   now_ = std::max(now_, when);
 }

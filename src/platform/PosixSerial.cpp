@@ -114,6 +114,8 @@ class PosixSerialDevice : public SerialDevice {
   }
 
   bool Lost() const override { return lost_; }
+  int Descriptor() const override { return fd_; }
+  bool HoldsOutput() const override { return !pending_.empty(); }
 
  private:
   void Flush() {

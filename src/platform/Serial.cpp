@@ -31,11 +31,15 @@ bool Serial::Open() {
   }
   if (lossReported_) status_.ShowStatus("");
   lossReported_ = false;
+  if (DeviceChanged) DeviceChanged();
   return true;
 }
 
+// A watch lets go of the descriptor before it is closed.
 void Serial::Close() {
-  device_.reset();
+  if (!device_) return;
+  const std::unique_ptr<SerialDevice> closing = std::move(device_);
+  if (DeviceChanged) DeviceChanged();
 }
 
 void Serial::Reset() {
@@ -73,6 +77,12 @@ void Serial::Write(std::string_view bytes) {
 
 bool Serial::WaitReadable(i64 maxMs) {
   return device_ && device_->WaitReadable(maxMs);
+}
+
+bool Serial::WantsRead() {
+  if (!device_) return false;
+  if (device_->Lost()) return !lossReported_;
+  return device_->HoldsOutput() || device_->WaitReadable(0);
 }
 
 }  // namespace tarn

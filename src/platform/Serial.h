@@ -11,6 +11,7 @@
 // bits; Parity 0 none, 1 odd, 2 even; Stop 0 one stop bit, 2 two; XON software flow control.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -43,6 +44,10 @@ class SerialDevice {
   virtual bool WaitReadable(i64 maxMs) = 0;
   // The line is gone (hang-up, cable pulled): reads give nothing from now on.
   virtual bool Lost() const = 0;
+  // For an event loop to watch for input; -1 when there is nothing to watch.
+  virtual int Descriptor() const { return -1; }
+  // Output the line did not take yet, which goes out at the next read or write.
+  virtual bool HoldsOutput() const { return false; }
 };
 
 class SerialDriver {
@@ -65,6 +70,14 @@ class Serial {
   std::string ReadAll();
   void Write(std::string_view bytes);
   bool WaitReadable(i64 maxMs);
+  // A read now would do something: take bytes, find the line gone for the first time, or push
+  // out held output.
+  bool WantsRead();
+  bool HoldsOutput() const { return device_ && device_->HoldsOutput(); }
+  // The descriptor to watch for input; -1 when the port is closed or its line gone.
+  int Descriptor() const { return device_ && !device_->Lost() ? device_->Descriptor() : -1; }
+  // Told after the device behind the port changed, so that a watch follows it.
+  std::function<void()> DeviceChanged;
 
   i64 Port = 0;
   tarn::SerialPort SerialPort;

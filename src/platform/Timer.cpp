@@ -1,5 +1,7 @@
 #include "platform/Timer.h"
 
+#include <algorithm>
+
 namespace tarn {
 
 Timer::Timer(std::string name, Clock& clock, i64 mode, i64 period)
@@ -26,6 +28,23 @@ void Timer::SetPeriod(i64 period) {
 void Timer::Fire() {
   if (mode_ == 1) mode_ = 0;
   if (Action) Action(*this);
+  if (busy_ && !busy_()) asleep_ = true;
+}
+
+i64 NextInstant(i64 anchor, i64 period, i64 now, i64 last) {
+  const i64 after = std::max(last, now - 1);
+  return after < anchor ? anchor + period : anchor + ((after - anchor) / period + 1) * period;
+}
+
+void Timer::SleepWhenIdle(std::function<bool()> busy) {
+  busy_ = std::move(busy);
+  asleep_ = true;
+}
+
+void Timer::Wake() {
+  if (!asleep_) return;
+  asleep_ = false;
+  clock_.Woken(*this);
 }
 
 }  // namespace tarn

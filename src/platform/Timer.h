@@ -7,6 +7,10 @@
 // When a change takes effect: setting Mode 1 (again) or a new Mode starts a full Period from now,
 // so a second jam byte keeps the indicator up for another Period; setting Mode 2 on a repeating
 // timer leaves its rhythm alone. A new Period restarts the count from now.
+//
+// A timer may sleep through the ticks that would find nothing to do, so that an idle window does
+// not wake the machine. Whatever gives it work wakes it, and it fires at the next instant of the
+// rhythm it kept while asleep: nothing observable differs from a timer that ticked all along.
 #pragma once
 
 #include <functional>
@@ -30,6 +34,11 @@ class Clock {
   // A loop that holds the thread (the scan list playback) waits here for input from the port, at
   // most `maxMs`; no timer fires meanwhile. True when the port has bytes to read.
   virtual bool WaitForInput(Serial& port, i64 maxMs) = 0;
+  // A sleeping timer woke: it is due at the next instant of its rhythm.
+  virtual void Woken(Timer& timer) = 0;
+  // Wakes `timer` whenever `port` wants a read (Serial::WantsRead), on whatever device the port
+  // opens later too. The port must outlive the timer.
+  virtual void WakeOnInput(Serial& port, Timer& timer) = 0;
 };
 
 class Timer : public Control {
@@ -47,12 +56,23 @@ class Timer : public Control {
   // Called by the clock when the timer is due: a one-shot goes to rest before its Action runs.
   void Fire();
 
+  // From now on the timer sleeps, and after each tick it sleeps again unless `busy` holds.
+  void SleepWhenIdle(std::function<bool()> busy);
+  void Wake();
+  bool Asleep() const { return asleep_; }
+
   std::function<void(Timer&)> Action;
 
  private:
   Clock& clock_;
   i64 mode_;
   i64 period_;
+  std::function<bool()> busy_;
+  bool asleep_ = false;
 };
+
+// Where a woken timer armed at `anchor` fires: the first instant anchor + k * period (k >= 1) that
+// is not before `now` and comes after `last`, the instant of its last tick.
+i64 NextInstant(i64 anchor, i64 period, i64 now, i64 last);
 
 }  // namespace tarn

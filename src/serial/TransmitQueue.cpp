@@ -1,4 +1,5 @@
-// The transmit ring: frames wait here until Timer2 hands them to the port, one per tick.
+// The transmit ring: frames wait here until Timer2 hands them to the port, one per tick. Timer2
+// sleeps while the ring is empty, and each frame stored wakes it.
 //
 // 10000 positions, so at most 9999 bytes wait (a full ring could not be told from an empty one).
 // A frame that does not fit whole is refused whole: nothing waiting is overwritten, no frame goes
@@ -29,6 +30,7 @@ void IcomWindow::SendSerialPacket(std::string_view packet) {
     serialBuf[static_cast<std::size_t>(serialBufHead)] = static_cast<unsigned char>(c);
     if (++serialBufHead >= kRingPositions) serialBufHead = 0;
   }
+  Timer2.Wake();
 }
 
 // One transfer: bytes up to and including the first end byte, or all that waits, or 50 bytes,
@@ -53,6 +55,8 @@ void IcomWindow::DoSerialOut() {
 
 void IcomWindow::Timer2_Action(Timer&) {
   DoSerialOut();
+  // What the line did not take goes out at the pump's reads.
+  if (Serial1 && Serial1->HoldsOutput()) Timer1.Wake();
 }
 
 }  // namespace tarn

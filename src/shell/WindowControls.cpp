@@ -114,6 +114,10 @@ void IcomWindow::AttachHandlers() {
   PopupFilter.Change = [this](PopupMenu& s) { PopupFilter_Change(s); };
   Timer2.Action = [this](Timer& t) { Timer2_Action(t); };
   EditUpdateRate.TextChange = [this](EditField& f) { EditUpdateRate_TextChange(f); };
+  // The pump and the ring sleep while a tick would find nothing: the line and SendSerialPacket
+  // wake them.
+  Timer1.SleepWhenIdle([this] { return Serial1 && Serial1->WantsRead(); });
+  Timer2.SleepWhenIdle([this] { return RingWaiting() > 0; });
 }
 
 void IcomWindow::AddMenuHandlers() {
@@ -135,6 +139,7 @@ Control* IcomWindow::FindControl(std::string_view name) const {
 
 void IcomWindow::Open() {
   SerialPopup_Open(SerialPopup);
+  services_.clock.WakeOnInput(*Serial1, Timer1);
   Event_Open();
 }
 

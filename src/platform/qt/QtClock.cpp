@@ -15,6 +15,10 @@ namespace {
 // the system batch wake-ups while the window idles.
 constexpr i64 kPreciseBelowMs = 100;
 
+i64 QtPeriod(const Timer& timer) {
+  return std::min<i64>(timer.Period(), std::numeric_limits<int>::max());
+}
+
 }  // namespace
 
 QtClock::QtClock() {
@@ -27,24 +31,77 @@ i64 QtClock::NowMs() const {
   return started_.elapsed();
 }
 
-void QtClock::Rearm(Timer& timer) {
-  std::unique_ptr<QTimer>& slot = timers_[&timer];
-  if (!slot) {
-    slot = std::make_unique<QTimer>();
-    QObject::connect(slot.get(), &QTimer::timeout, [&timer] { timer.Fire(); });
+QtClock::Slot& QtClock::SlotFor(Timer& timer) {
+  Slot& slot = timers_[&timer];
+  if (!slot.qt) {
+    slot.qt = std::make_unique<QTimer>();
+    slot.qt->setSingleShot(true);
+    QObject::connect(slot.qt.get(), &QTimer::timeout, [this, &timer, &slot] { Tick(timer, slot); });
   }
-  if (!timer.Running()) {
-    slot->stop();
+  return slot;
+}
+
+void QtClock::Rearm(Timer& timer) {
+  Slot& slot = SlotFor(timer);
+  slot.anchor = slot.last = NowMs();
+  Schedule(timer, slot);
+}
+
+// Every timer runs on single shots to the instants of its rhythm, a sleeping one only when woken:
+// one path for all, and a repeating timer keeps its rhythm however late a tick comes.
+void QtClock::Schedule(Timer& timer, Slot& slot) {
+  if (!timer.Running() || timer.Asleep()) {
+    slot.qt->stop();
     return;
   }
-  const i64 period = std::min<i64>(timer.Period(), std::numeric_limits<int>::max());
-  slot->setTimerType(period < kPreciseBelowMs ? Qt::PreciseTimer : Qt::CoarseTimer);
-  // A one-shot QTimer stops by itself when it fires, and Timer::Fire puts the mode back to rest.
-  slot->setSingleShot(timer.Mode() == 1);
-  slot->start(static_cast<int>(period));  // start() restarts: a new period counts from now
+  const i64 now = NowMs();
+  const i64 period = QtPeriod(timer);
+  slot.due = NextInstant(slot.anchor, period, now, slot.last);
+  slot.qt->setTimerType(period < kPreciseBelowMs ? Qt::PreciseTimer : Qt::CoarseTimer);
+  slot.qt->start(static_cast<int>(slot.due - now));  // at most one period
+}
+
+void QtClock::Tick(Timer& timer, Slot& slot) {
+  // A timer sent to sleep after it was armed still has its shot standing: that tick is skipped.
+  if (!timer.Asleep()) {
+    slot.last = slot.due;
+    timer.Fire();
+  }
+  Schedule(timer, slot);
+  if (!timer.Asleep()) return;
+  for (const auto& w : watches_) {
+    if (w->timer == &timer && w->notifier) w->notifier->setEnabled(w->port->Descriptor() >= 0);
+  }
+}
+
+void QtClock::Woken(Timer& timer) {
+  Schedule(timer, SlotFor(timer));
+}
+
+void QtClock::WakeOnInput(Serial& port, Timer& timer) {
+  watches_.push_back(std::make_unique<Watch>(Watch{&port, &timer, nullptr}));
+  Watch& watch = *watches_.back();
+  port.DeviceChanged = [this, &watch] { Follow(watch); };
+  Follow(watch);
+}
+
+void QtClock::Follow(Watch& watch) {
+  watch.notifier.reset();
+  const int fd = watch.port->Descriptor();
+  if (fd < 0) return;
+  watch.notifier = std::make_unique<QSocketNotifier>(fd, QSocketNotifier::Read);
+  QObject::connect(watch.notifier.get(), &QSocketNotifier::activated, [&watch] {
+    watch.notifier->setEnabled(false);
+    watch.timer->Wake();
+  });
+  watch.notifier->setEnabled(watch.timer->Asleep());
 }
 
 void QtClock::Remove(Timer& timer) {
+  std::erase_if(watches_, [&](const std::unique_ptr<Watch>& w) {
+    if (w->timer == &timer) w->port->DeviceChanged = nullptr;
+    return w->timer == &timer;
+  });
   timers_.erase(&timer);
 }
 
@@ -57,11 +114,6 @@ bool QtClock::WaitForInput(Serial& port, i64 maxMs) {
   const i64 rest = maxMs - waited.elapsed();
   if (rest > 0) QThread::msleep(static_cast<unsigned long>(rest));
   return false;
-}
-
-const QTimer* QtClock::QtTimerFor(const Timer& timer) const {
-  const auto it = timers_.find(&timer);
-  return it == timers_.end() ? nullptr : it->second.get();
 }
 
 }  // namespace tarn
