@@ -149,6 +149,7 @@ TEST_F(Link, TheJamIndicatorHidesOnePeriodAfterTheLastJamByte) {
   EXPECT_TRUE(h.w->StaticJamming.Visible());
   h.clock.AdvanceBy(1);
   EXPECT_FALSE(h.w->StaticJamming.Visible());
+  EXPECT_EQ(h.w->JammerTimer.Mode(), 0);  // a one-shot rests once it has fired
 }
 
 }  // namespace

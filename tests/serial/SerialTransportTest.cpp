@@ -20,7 +20,7 @@ class SerialTransport : public ::testing::Test {
     h.Start();
     h.w->ReqTimer.SetMode(0);  // nothing in the ring but what a test puts there
   }
-  void Tick() { h.w->Timer2_Action(h.w->Timer2); }
+  void Tick() { h.clock.AdvanceBy(10); }  // one tick of Timer2, woken or not
   WindowHarness h{2};
 };
 
