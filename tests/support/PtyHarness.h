@@ -21,15 +21,6 @@ struct PtyHarness {
   void Start();
   // Runs `virtualMs` of the program.
   void Run(i64 virtualMs);
-  // Runs until `done` holds, at most `virtualMs`; true when it held.
-  template <class Done>
-  bool RunUntil(Done done, i64 virtualMs) {
-    for (i64 t = 0; t < virtualMs; t += kStepMs) {
-      if (done()) return true;
-      Step();
-    }
-    return done();
-  }
   void Step();
   sim::RadioState RadioNow(std::uint8_t address = 0x08);
 
