@@ -1,5 +1,6 @@
 #include "platform/System.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 

@@ -2,7 +2,6 @@
 // message box and the file chooser. The program and the tests each give their own.
 #pragma once
 
-#include <algorithm>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -85,26 +84,6 @@ class FileChooser {
 class StderrLog : public LogSink {
  public:
   void DebugLog(std::string_view text) override;
-};
-
-// Keeps every message, for tests and for a host that shows them later.
-class RecordingMessages : public MessageSink {
- public:
-  void MsgBox(std::string_view text) override { shown.emplace_back(text); }
-  void ShowStatus(std::string_view text) override { statuses.emplace_back(text); }
-  std::string Status() const { return statuses.empty() ? std::string() : statuses.back(); }
-  std::vector<std::string> shown;
-  std::vector<std::string> statuses;
-};
-
-class RecordingLog : public LogSink {
- public:
-  void DebugLog(std::string_view text) override { lines.emplace_back(text); }
-  // How many lines read exactly `text`.
-  int Count(std::string_view text) const {
-    return static_cast<int>(std::count(lines.begin(), lines.end(), text));
-  }
-  std::vector<std::string> lines;
 };
 
 }  // namespace tarn

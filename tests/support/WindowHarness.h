@@ -9,6 +9,7 @@
 #include "link/IcomWindow.h"
 #include "platform/ManualClock.h"
 #include "support/MemorySerial.h"
+#include "support/Recording.h"
 
 namespace tarn::test {
 

@@ -8,6 +8,7 @@
 
 #include "platform/PosixSerial.h"
 #include "platform/qt/QtClock.h"
+#include "support/Recording.h"
 
 namespace tarn {
 namespace {
@@ -18,8 +19,8 @@ namespace {
 TEST(QtClock, ALineWakesItsSleepingTimerForOneTickAndAHangUpOnlyUntilTheLossIsSeen) {
   QtClock clock;
   PosixSerialDriver driver;
-  RecordingLog log;
-  RecordingMessages status;
+  test::RecordingLog log;
+  test::RecordingMessages status;
   Serial port(driver, log, status);
   Timer pump("Timer1", clock, 2, 50);
   std::string ticks;  // what each tick read, and a bar
