@@ -1,21 +1,12 @@
 // The link in both directions: frames the program writes, and the bytes it reads back to displays.
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <tuple>
 
 #include "support/WindowHarness.h"
 
 namespace tarn::test {
 namespace {
-
-// "FE FE E0" to the bytes it names.
-std::string Hex(const std::string& text) {
-  std::istringstream in(text);
-  std::string out;
-  for (int byte; in >> std::hex >> byte;) out.push_back(static_cast<char>(byte));
-  return out;
-}
 
 // Everything waiting in the transmit ring, as hex text; the ring is left empty. No test here
 // fills it far enough to wrap.

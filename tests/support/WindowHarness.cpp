@@ -1,11 +1,20 @@
 #include "support/WindowHarness.h"
 
+#include <sstream>
+
 namespace tarn::test {
 
 std::string Bytes(std::initializer_list<int> values) {
   std::string s;
   for (int v : values) s.push_back(static_cast<char>(v));
   return s;
+}
+
+std::string Hex(const std::string& text) {
+  std::istringstream in(text);
+  std::string out;
+  for (int byte; in >> std::hex >> byte;) out.push_back(static_cast<char>(byte));
+  return out;
 }
 
 WindowHarness::WindowHarness(int portCount, std::string folder) : workFolder(std::move(folder)) {

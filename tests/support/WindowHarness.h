@@ -25,6 +25,8 @@ class ScriptedChooser : public FileChooser {
 
 // Bytes from a list of values: Bytes({0xFE, 0xFE, 0xE0}).
 std::string Bytes(std::initializer_list<int> values);
+// Bytes from hex text: Hex("FE FE E0").
+std::string Hex(const std::string& text);
 
 struct WindowHarness {
   // Ports named "port0", "port1"... with paths "/mem/0", "/mem/1"...

@@ -2,20 +2,13 @@
 // against the protocol, not against the program's receiver.
 #include <gtest/gtest.h>
 
-#include <sstream>
-
 #include "simradio/SimRadio.h"
+#include "support/WindowHarness.h"
 
 namespace tarn::sim {
 namespace {
 
-// "FE FE E0" to the bytes it names.
-std::string Hex(const std::string& text) {
-  std::istringstream in(text);
-  std::string out;
-  for (int byte; in >> std::hex >> byte;) out.push_back(static_cast<char>(byte));
-  return out;
-}
+using test::Hex;
 
 std::string Frame(const std::string& addressesAndBody) {
   return Hex("FE FE " + addressesAndBody + " FD");
