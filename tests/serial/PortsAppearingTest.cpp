@@ -7,7 +7,8 @@ TEST(PortSelection, APortMadeAfterStartJoinsTheEndAndStaysListedWhenGone) {
   tarn::test::PtyHarness h;
   h.Start();
   tarn::test::PtyHarness later;
-  h.ports.Ports().push_back({"later", later.radio->SlavePath()});
+  // The first port again, under another name, is not listed twice.
+  h.machinePorts = {{"later", later.radio->SlavePath()}, {"again", h.radio->SlavePath()}};
   h.w->SerialPopup.OpenList();
   h.w->SerialPopup.SetListIndex(1);
   later.radio.reset();  // gone: still listed, and choosing it fails as any port does

@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "platform/PosixSerial.h"
 #include "simradio/SimRadio.h"
@@ -27,7 +28,8 @@ struct PtyHarness {
   static constexpr i64 kStepMs = 10;
 
   ManualClock clock;
-  FixedPortCatalog ports;
+  std::vector<SerialPort> machinePorts;  // what a rescan of the machine finds
+  GrowingPortCatalog ports{[this] { return machinePorts; }};
   PosixSerialDriver driver;
   RecordingLog log;
   RecordingMessages messages;

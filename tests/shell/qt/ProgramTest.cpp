@@ -174,8 +174,13 @@ TEST(MainWindow, UserInputReachesTheModelsAndRaisesTheirEvents) {
   EXPECT_EQ(v.view->statusBar()->currentMessage(),
             "Serial port port0 is gone: choose it again under Serial Port once it is back.");
   v.Line().lost = false;
-  emit qobject_cast<QComboBox*>(v.Widget("SerialPopup"))->activated(0);
+  auto* ports = qobject_cast<QComboBox*>(v.Widget("SerialPopup"));
+  emit ports->activated(0);
   EXPECT_FALSE(v.view->statusBar()->isVisible());
+  v.ports.Ports().push_back({"port1", "/mem/1"});  // a port that came later shows as the list opens
+  ports->showPopup();
+  ports->hidePopup();
+  EXPECT_EQ(ports->count(), 2);
 }
 
 // Edit > Undo in the monitor takes back what the user typed there, not the bytes received since.
