@@ -27,6 +27,8 @@ TEST(QtClock, ALineWakesItsSleepingTimerForOneTickAndAHangUpOnlyUntilTheLossIsSe
   pump.Action = [&](Timer&) { ticks += port.ReadAll() + "|"; };
   pump.SleepWhenIdle([&] { return port.WantsRead(); });
   clock.WakeOnInput(port, pump);
+  Timer resting("ReqTimer", clock, 2, 0), stopped("FindRadiosTimer", clock, 0, 10);
+  resting.Action = stopped.Action = [&](Timer&) { ticks += "!"; };  // a timer at rest never fires
   const int master = posix_openpt(O_RDWR | O_NOCTTY);
   ASSERT_TRUE(master >= 0 && grantpt(master) == 0 && unlockpt(master) == 0);
   port.SerialPort = {"pty", ptsname(master)};
