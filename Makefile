@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Tarnline: the two commands a newcomer needs.
 #   make run    installs what is missing, builds, and starts tarnline on its simulated radio
 #   make test   installs what is missing, builds, and runs every test (also under the sanitizers)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Replaces the global operator new of the benchmark program with one that counts, then allocates as
 // usual. The simulated radio's thread allocates too, hence the atomic.
 #include "AllocationCounter.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Counts the heap allocations of the whole benchmark program, so a benchmark can report how many a
 // piece of work makes.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Throughput of the receive path: ParseByte alone, and CheckSerial with the monitor and the debug
 // file on.
 #include <benchmark/benchmark.h>

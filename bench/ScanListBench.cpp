@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Scan list playback over a real pseudo-terminal against the simulated radio: lines per second
 // with a radio that answers at once, and the share of a core the wait takes with a radio that
 // answers after 50 ms.

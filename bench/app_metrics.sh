@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Measures the running program with the system's own tools:
 #   - the time from process start to the first frequency on screen with --demo (the status line
 #     the program prints when a display changes, time-stamped by this script as it arrives),

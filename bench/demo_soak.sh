@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Runs `tarnline --demo` in real time under Qt's offscreen platform and samples its resident memory
 # every second. Prints the samples' first, last and largest values (kB) and the growth after the
 # first minute.

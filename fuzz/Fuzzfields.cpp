@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What a user can type into the address, rate and frequency fields, and Val and FromHex on any
 // text: no crash, an address is always one byte, and whatever is queued is a whole frame.
 #include "support/WindowHarness.h"

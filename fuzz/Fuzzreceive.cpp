@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The receive path with everything on: CheckSerial into ParseByte, the monitor and DEBUG.TXT, with
 // the input cut into reads at places the input itself chooses, and time passing between reads.
 #include <filesystem>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The scan list reader: any bytes as a file (binary, no line ends, a line of a megabyte, NUL
 // bytes), played to a radio that answers every frame at once.
 #include <cstdio>

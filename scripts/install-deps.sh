@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Installs the Debian packages Tarnline needs to build, test and run, only those missing.
 # Usage: install-deps.sh [run]   ("run" adds what the run command needs on a machine without a display)
 set -euo pipefail

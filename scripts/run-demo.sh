@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Starts tarnline on its built-in simulated radio, prints what the frequency, mode and filter
 # displays show after a few seconds, and saves a picture of the window to build/screenshot.png
 # (TARNLINE_SCREENSHOT=docs/screenshot.png refreshes the README's picture instead).

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Runs each fuzz target for a bounded time, starting from the committed seed corpus; what the run
 # finds stays in a scratch folder, so the repository's corpus changes only by hand.
 # Usage: run-fuzzers.sh FUZZ_BIN_DIR SECONDS

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Checks the Debian package that `make package` built: its control fields and contents, the menu
 # entry and the AppStream metadata, lintian, and the installed programs themselves, run from a
 # throwaway root on the offscreen platform. Any problem ends it with status 1.

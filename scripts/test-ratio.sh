@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Prints the size of the tests against the size of the code: non-blank lines that are not only a
 # comment, in the C++ files git tracks. Tests are tests/ and fuzz/, code is src/ and tools/.
 # Fails when the tests are more than MAX_PERCENT (default 40) of the code.

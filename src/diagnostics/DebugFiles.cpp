@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The two traces, DEBUG.TXT and PARSEDEBUG.TXT: hex text appended with no line ends, the file
 // opened and closed within each call. A file that cannot be written costs the pump nothing: the
 // failure is told once through the log, and told again only after a write has succeeded.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Bus addresses from the hexadecimal text of the address fields.
 #include "link/IcomWindow.h"
 

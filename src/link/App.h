@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // App: the application object. It outlives the window and holds the one port choice.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // CI-V protocol bytes, named once.
 //
 // A frame on the bus: FE FE to from command data... FD. No length, no checksum: the end byte alone

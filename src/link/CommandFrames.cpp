@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The four frames the program sends: FE FE radio controller command data... FD.
 #include "link/Civ.h"
 #include "link/IcomWindow.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The frame receiver: one byte per call, six states.
 //
 // Every frame is assembled the same way; only at its end byte is it compared with the controller

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // IcomWindow: the one window of Tarnline, and the link state of the CI-V bus.
 //
 // There is no separate connection, device or protocol object. This one object owns the 36 control

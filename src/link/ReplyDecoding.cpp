@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Decoding of the frames addressed to the controller: frequency and mode replies to the displays.
 #include <array>
 #include <utility>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Radio discovery: every bus address from 0 up is asked for its frequency, one per tick, and a
 // tick reports the address asked by the tick before it if any frame for the controller came in.
 // Two idle ticks, 257 requests, no cancel. Polling waits meanwhile (the button is its gate) and

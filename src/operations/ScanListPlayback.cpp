@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Scan list playback: a text file of frequencies in MHz, one per line, played to the radio line by
 // line inside the menu handler. The loop does the timers' work itself (DoSerialOut, CheckSerial)
 // and waits for an answer byte, 0xFB or 0xFA alike, before the next line.

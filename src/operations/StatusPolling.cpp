@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Status polling: ReqTimer asks for the frequency on one tick and for the mode on the next. It
 // never looks at an answer; the receiver puts answers on the displays.
 #include "link/IcomWindow.h"

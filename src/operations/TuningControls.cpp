@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Tuning controls: the user's frequency, mode and filter go out as one frame each.
 #include "link/IcomWindow.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Application: what the platform knows of the running program, its name and version.
 #pragma once
 

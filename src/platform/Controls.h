@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Control models: the truth of every control on the window.
 //
 // The window's logic reads and writes these models and nothing else; a view (a Qt widget, or

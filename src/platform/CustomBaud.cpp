@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Kept apart: Linux's termios2 header cannot share a file with <termios.h>.
 #include "platform/PosixSerial.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A virtual-time clock: time moves only when told, and due timers fire in order of their due time
 // (timers due at the same moment in the order their due time was set). Tests run minutes of the
 // program in microseconds with it.

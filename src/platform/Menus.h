@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The menu bar as a model: the Qt side builds real menus from it, the tests read it.
 #pragma once
 

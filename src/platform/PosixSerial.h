@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The serial backend on POSIX termios: real ttys, USB adapters, pseudo-terminals and network
 // serial ports alike.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Serial: the serial line as the window's logic drives it.
 //
 // The logic names a port, opens it, then sets speed and format by codes and calls Reset, which

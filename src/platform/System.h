@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The outside world as the window's logic sees it: the machine's serial ports, the log, the
 // message box and the file chooser. The program and the tests each give their own.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Text and number helpers of the window's logic.
 //
 // Byte strings (frames, serial reads) are std::string with one char per byte; Len, Mid, AscB and

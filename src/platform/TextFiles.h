@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Files of the window's logic: a line reader for the scan list and an appender for the traces.
 #pragma once
 

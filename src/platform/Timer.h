@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Timer: periodic and one-shot events on the event loop, on an injected clock.
 //
 // Mode 0 is at rest, 1 fires once and goes back to 0, 2 repeats; any other mode rests too. Period

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Port selection: the choice in the two popups is the connection. Every choice closes the port
 // and opens the chosen one afresh at the chosen speed; nothing else opens or closes it.
 #include "link/IcomWindow.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The receive pump: every byte the port delivered goes to the frame receiver, then, as hex text,
 // to the data monitor and the debug file. The controls are touched once per read, never per byte.
 #include "link/IcomWindow.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The transmit ring: frames wait here until Timer2 hands them to the port, one per tick. Timer2
 // sleeps while the ring is empty, and each frame stored wakes it.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The program's menu bar: File, Edit and an empty third title.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // First values of the link state and the controls.
 #include "link/IcomWindow.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Building the window: the link state, the 36 controls with their creation values, the 14 event
 // bindings and the one menu handler. Creation values are applied before any handler is attached,
 // so none of them raises an event.

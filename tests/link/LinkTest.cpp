@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The link in both directions: frames the program writes, and the bytes it reads back to displays.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A scan run end to end on a real pseudo-terminal with the simulated radio: the wait for each
 // answer on a real line.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The radio operations on the virtual clock: the frames that polling, the tuning controls, the
 // radio search and a scan list run put on the in-memory line, and what they make of the answers.
 #include <gtest/gtest.h>

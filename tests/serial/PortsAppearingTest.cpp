@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A port that appears after start joins the end of Serial Port when the list opens.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Port selection, the receive pump and the transmit ring: on the virtual clock over memory lines,
 // then what only a real line shows, on a pseudo-terminal with the simulated radio.
 #include <fcntl.h>

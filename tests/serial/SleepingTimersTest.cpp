@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The pump and the transmit ring sleep while idle. One random script of the window runs on timers
 // that tick at every instant and again on timers that sleep: every write, every change on the
 // window, the log and the debug file must come out the same, at the same virtual millisecond.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // An in-memory serial line for tests on the virtual clock: the test puts bytes on the line and
 // reads every Write the program made, one entry per call.
 #pragma once

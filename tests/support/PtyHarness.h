@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The window's logic on the virtual clock, talking over a real pseudo-terminal to the simulated
 // radio, which serves from its own thread in real time. Virtual time advances in 10 ms steps, each
 // followed by a short real wait for the line, so that what the radio answers is read in the next

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Test doubles of the log and the message sink that keep everything they are told.
 #pragma once
 

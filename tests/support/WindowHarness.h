@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A whole window on the virtual clock with in-memory ports: no display, no devices, no real time.
 #pragma once
 

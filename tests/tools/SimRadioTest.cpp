@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The simulated radio stands in for real hardware in other tests, so its bytes are checked here
 // against the protocol, not against the program's receiver.
 #include <gtest/gtest.h>

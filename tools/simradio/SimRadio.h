@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A simulated CI-V bus with one or more radios on it, for tests, benchmarks and the demo.
 //
 // SimBus is the protocol alone (bytes in, bytes out, time given by the caller). PtyRadio puts a

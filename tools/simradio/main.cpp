@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // simradio: one or more simulated Icom radios on a pseudo-terminal (or a given serial device),
 // for trying the program without a radio. Prints the line to open, then serves until interrupted.
 #include <cctype>

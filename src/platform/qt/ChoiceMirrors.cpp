@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The mirrors of popups, static texts, check boxes and push buttons.
 #include <QCheckBox>
 #include <QComboBox>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Control mirrors: one real Qt widget per control model, kept in step both ways.
 //
 // Model to widget: the model's `viewChanged` makes the mirror copy the model's value, visibility

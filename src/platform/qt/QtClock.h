@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // QtClock: the window's timers on Qt's event loop, in real time.
 //
 // Each Timer gets a QTimer of its own, made when the timer is first armed and kept until the Timer

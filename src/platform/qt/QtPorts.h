@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The program's port list: the ports named on the command line first, then the machine's.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The message box, the file chooser and the log of the window, on Qt.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The edit field mirrors: QLineEdit for a one-line field, QPlainTextEdit for the multiline monitor.
 #include <QEvent>
 #include <QKeyEvent>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // MainWindow: the Qt window of an IcomWindow, its menu bar and its controls' widgets.
 //
 // The model outlives the view. The client area has the model's size exactly and, as the model

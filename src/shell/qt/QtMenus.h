@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The Qt menu bar built from the menu model.
 #pragma once
 

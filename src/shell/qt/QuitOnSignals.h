@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // SIGINT (Ctrl+C in the terminal) and SIGTERM quit through File > Quit, as a user would: the port
 // is closed and the demo radio stopped on the way out, and the exit status is 0.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // tarnline: the program. Start-up order: the command line, the file type, the App object, the
 // services, the window's model (its controls and menu model), the Qt window with its menu bar,
 // then the window's open events and init.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The window's timers on real QTimers, woken by a real line.
 #include <fcntl.h>
 #include <gtest/gtest.h>

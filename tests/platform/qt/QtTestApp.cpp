@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // One QApplication for every Qt test, made before the first test and gone after the last. The
 // widgets run on the offscreen platform unless the environment chose another.
 #include <gtest/gtest.h>

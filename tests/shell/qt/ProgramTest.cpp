@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The program: its command line, its window with real widgets started as the program starts it
 // (on the virtual clock, with in-memory ports named port0, port1...), and the real program as a
 // child process on the offscreen platform the tests run on.
