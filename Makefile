@@ -67,9 +67,9 @@ package: build
 test-package: package
 	scripts/test-package.sh $(RELEASE)
 
-# The tests against the code, in lines; fails above 40%.
+# The tests against the code, in lines of every language; fails above 35%.
 test-ratio:
-	scripts/test-ratio.sh 40
+	scripts/test-ratio.sh 35
 
 run:
 	@scripts/install-deps.sh run
