@@ -4,11 +4,11 @@
 # Usage: install-deps.sh [run]   ("run" adds what the run command needs on a machine without a display)
 set -euo pipefail
 
-# help2man writes the manual pages; dpkg-dev (dpkg-shlibdeps), lintian, desktop-file-utils and
-# appstream build and check the Debian package.
+# help2man writes the manual pages; dpkg-dev (dpkg-shlibdeps), lintian, desktop-file-utils,
+# appstream and devscripts (hardening-check) build and check the Debian package.
 packages=(build-essential cmake pkg-config qt6-base-dev qt6-serialport-dev libgtest-dev libgmock-dev
           libbenchmark-dev fonts-dejavu-core clang libclang-rt-14-dev help2man dpkg-dev lintian
-          desktop-file-utils appstream)
+          desktop-file-utils appstream devscripts)
 if [[ "${1:-}" == "run" ]]; then
   packages+=(xvfb xauth imagemagick)
 fi
