@@ -106,7 +106,7 @@ quiet_line=$(idle_run "quiet port" --port "$(head -1 "$work/pty")")
 none_line=$(idle_run "no port given")
 # The same with the bus captured to a file.
 demo_capture_line=$(idle_run "--demo --capture" --demo --capture "$work/demo.pcapng")
-quiet_capture_line=$(idle_run "quiet port, --capture" --port "$(head -1 "$work/pty")" \
+quiet_capture_line=$(idle_run "quiet port --capture" --port "$(head -1 "$work/pty")" \
   --capture "$work/quiet.pcapng")
 
 printf "%-34s %s\n" "platform:" "${QT_QPA_PLATFORM:-xcb (DISPLAY=$DISPLAY)}"

@@ -26,6 +26,13 @@ local modes = {
 }
 local filters = { [1] = "WIDE", [2] = "MEDIUM", [3] = "NARROW" }
 local answers = { [OK] = "OK", [NG] = "NG" }
+
+-- A value table naming every byte: the names given, and `other` for the rest.
+local function all_bytes(names, other)
+    local t = {}
+    for b = 0, 255 do t[b] = names[b] or other end
+    return t
+end
 local frequency_commands = { [0x00] = true, [0x03] = true, [0x05] = true }
 local mode_commands = { [0x01] = true, [0x04] = true, [0x06] = true }
 -- Commands whose first data byte selects what they do.
@@ -36,9 +43,9 @@ end
 
 local f = {
     frame = ProtoField.bytes("civ.frame", "Frame"),
-    to = ProtoField.uint8("civ.to", "To", base.HEX, addresses),
-    from = ProtoField.uint8("civ.from", "From", base.HEX, addresses),
-    cmd = ProtoField.uint8("civ.cmd", "Command", base.HEX, commands),
+    to = ProtoField.uint8("civ.to", "To", base.HEX, all_bytes(addresses, "device")),
+    from = ProtoField.uint8("civ.from", "From", base.HEX, all_bytes(addresses, "device")),
+    cmd = ProtoField.uint8("civ.cmd", "Command", base.HEX, all_bytes(commands, "command")),
     subcmd = ProtoField.uint8("civ.subcmd", "Subcommand", base.HEX),
     data = ProtoField.bytes("civ.data", "Data"),
     freq = ProtoField.uint64("civ.freq", "Frequency (Hz)", base.DEC, nil, nil,

@@ -106,7 +106,8 @@ void AttachCapture(Program& p, std::unique_ptr<BusCapture> capture, const std::s
   p.capture = std::move(capture);
   p.capturing = std::make_unique<CapturingDriver>(p.serial, *p.capture);
   p.capture->failed = [&p, path](const std::string& why) {
-    const std::string text = "Capture to " + path + " stopped: " + why;
+    const std::string text =
+        "Capture to " + (path == "-" ? "standard output" : path) + " stopped: " + why;
     p.log.DebugLog(text);
     p.messages.ShowStatus(text);
   };
