@@ -20,7 +20,8 @@
 namespace tarn::test {
 namespace {
 
-// Polls, a set frequency and its OK, then a reply cut by a jam code and followed by noise.
+// Polls, a set frequency and its OK, a new speed, then a reply cut by a jam code and followed by
+// noise.
 void RecordSession(const std::string& path, const std::string& folder, sim::PtyRadio& radio) {
   QtClock clock;
   QtLog log;
@@ -40,6 +41,7 @@ void RecordSession(const std::string& path, const std::string& folder, sim::PtyR
   waitFor([&w] { return w.ModeDisplay.Text() != "-"; });  // the poll: frequency, then mode
   QTest::keyClicks(view.Client()->findChild<QWidget*>("EditFreq"), "14250\r");
   waitFor([&w] { return w.gotAckNak; });
+  QTest::keyClick(view.Client()->findChild<QWidget*>("BaudPopup"), Qt::Key_Down);  // a new speed
   radio.WithBus([](sim::SimBus& bus) { bus.Options() = {.jamInReplies = true, .noiseBytes = 4}; });
   w.ReqFreq(8);
   waitFor([&w] { return w.StaticJamming.Visible(); });
@@ -58,9 +60,9 @@ TEST(Capture, TsharkDecodesARecordedSessionWithOurDissector) {
 
   QStringList args{"-r", QString::fromStdString(path), "-Tfields", "-Eseparator=|",
                    "-Xlua_script:" TARNLINE_SOURCE_DIR "/tools/wireshark/civ.lua"};
-  for (const char* field :
-       {"frame.p2p_dir", "civ.frame", "civ.outside", "civ.cmd", "civ.freq", "civ.mode",
-        "civ.filter", "civ.ack", "civ.response_time", "_ws.expert.message"})
+  for (const char* field : {"frame.p2p_dir", "civ.frame", "civ.outside", "civ.cmd", "civ.freq",
+                            "civ.mode", "civ.filter", "civ.ack", "civ.response_time",
+                            "_ws.expert.message", "frame.interface_description"})
     args << "-e" << field;
   QProcess tshark;
   tshark.start("tshark", args);
@@ -70,14 +72,16 @@ TEST(Capture, TsharkDecodesARecordedSessionWithOurDissector) {
   QString in, out, seen;
   for (const QString& line : QString(tshark.readAllStandardOutput()).split('\n')) {
     const QStringList c = line.split('|');
-    if (c.size() < 10) continue;
+    if (c.size() < 11) continue;
     (c[0] == "0" ? out : in) += c[1] + c[2];
-    seen += c[0] + " " + c.mid(3, 5).join(' ') + (c[8].isEmpty() ? "" : " paired") + c[9] + "\n";
+    seen +=
+        c[0] + " " + c.mid(3, 5).join(' ') + (c[8].isEmpty() ? "\n" : " paired\n") + c[9] + c[10];
   }
   for (const char* expected :
        {"0 0x05 14250049   \n", "1 0xfb    0xfb paired\n", "1 0x03 145500000    paired\n",
         "1 0x04  0x05 1  paired\n", "Jam code at byte", "Frame without its end byte",
-        "Bytes outside any frame"})
+        "Bytes outside any frame", "Serial Port sim at 9600 baud, 8N1",
+        "Serial Port sim at 14400 baud, 8N1"})
     EXPECT_TRUE(seen.contains(expected)) << expected << " not in\n" << seen.toStdString();
   QFile debugFile(dir.filePath("DEBUG.TXT"));
   ASSERT_TRUE(debugFile.open(QIODevice::ReadOnly));
