@@ -9,7 +9,8 @@
 #     and the CPU the whole process takes (on-CPU time of all its threads, /proc/PID/task/*/schedstat):
 #       --demo         the simulated radio, polled each second, answering;
 #       quiet port     --port on a pseudo-terminal whose other end is held open and sends nothing;
-#       no port given  only the machine's own ports, if it has any.
+#       no port given  only the machine's own ports, if it has any;
+#     and --demo and the quiet port again with --capture to a file.
 # Usage: bench/app_metrics.sh [BINARY] [IDLE_SECONDS]
 # Without a display it runs itself under xvfb-run, or on the offscreen platform when that is
 # missing too.
@@ -103,10 +104,14 @@ holder_pid=$!
 for _ in $(seq 50); do [[ -s "$work/pty" ]] && break; sleep 0.1; done
 quiet_line=$(idle_run "quiet port" --port "$(head -1 "$work/pty")")
 none_line=$(idle_run "no port given")
+# The same with the bus captured to a file.
+demo_capture_line=$(idle_run "--demo --capture" --demo --capture "$work/demo.pcapng")
+quiet_capture_line=$(idle_run "quiet port --capture" --port "$(head -1 "$work/pty")" \
+  --capture "$work/quiet.pcapng")
 
 printf "%-34s %s\n" "platform:" "${QT_QPA_PLATFORM:-xcb (DISPLAY=$DISPLAY)}"
 printf "%-34s %d ms\n" "start to first frequency shown:" "$first_freq_ms"
 awk -v peak="$peak_kb" -v hwm="$hwm_kb" \
     'BEGIN { printf "%-34s %.1f MiB (VmHWM %.1f MiB)\n", "peak resident memory:", peak / 1024, hwm / 1024 }'
 printf "%-34s %s\n" "exit status after SIGTERM:" "$exit_status"
-printf "%s\n" "$demo_line" "$quiet_line" "$none_line"
+printf "%s\n" "$demo_line" "$quiet_line" "$none_line" "$demo_capture_line" "$quiet_capture_line"

@@ -9,6 +9,7 @@ set -euo pipefail
 packages=(build-essential cmake pkg-config qt6-base-dev qt6-serialport-dev libgtest-dev libgmock-dev
           libbenchmark-dev fonts-dejavu-core clang libclang-rt-14-dev help2man dpkg-dev lintian
           desktop-file-utils appstream devscripts)
+packages+=(tshark)  # reads the bus captures back in the tests
 if [[ "${1:-}" == "run" ]]; then
   packages+=(xvfb xauth imagemagick)
 fi
@@ -25,5 +26,7 @@ echo "Installing: ${missing[*]}"
 sudo=""
 if [[ $(id -u) -ne 0 ]]; then sudo="sudo"; fi
 export DEBIAN_FRONTEND=noninteractive
+# tshark asks whether non-root users may capture; nothing here needs that.
+echo "wireshark-common wireshark-common/install-setuid boolean false" | $sudo debconf-set-selections
 $sudo apt-get update -qq
 $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"

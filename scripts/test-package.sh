@@ -16,7 +16,7 @@ fail() {
   exit 1
 }
 
-for tool in dpkg-deb lintian desktop-file-validate appstreamcli hardening-check; do
+for tool in dpkg-deb lintian desktop-file-validate appstreamcli hardening-check tshark; do
   command -v "$tool" >/dev/null || fail "$tool is missing (scripts/install-deps.sh installs it)"
 done
 
@@ -42,17 +42,20 @@ for lib in libc6 libstdc++6 libqt6core6 libqt6widgets6 libqt6serialport6; do
 done
 [[ "$(field Description)" == *"CI-V"*$'\n'*"simradio"* ]] || fail "Description: $(field Description)"
 
-# Contents.
+# Contents. The CI-V dissector goes where Wireshark loads global Lua plugins.
+dissector=usr/lib/$(dpkg-architecture -qDEB_HOST_MULTIARCH)/wireshark/plugins/civ.lua
 contents=$(dpkg-deb --contents "$deb" | awk '{print $1, $6}')
 for entry in "-rwxr-xr-x ./usr/bin/tarnline" "-rwxr-xr-x ./usr/bin/simradio" \
   "-rw-r--r-- ./usr/share/applications/$app_id.desktop" \
   "-rw-r--r-- ./usr/share/metainfo/$app_id.metainfo.xml" \
   "-rw-r--r-- ./usr/share/icons/hicolor/scalable/apps/$app_id.svg" \
   "-rw-r--r-- ./usr/share/man/man1/tarnline.1.gz" "-rw-r--r-- ./usr/share/man/man1/simradio.1.gz" \
-  "-rw-r--r-- ./usr/share/doc/tarnline/copyright" "-rw-r--r-- ./usr/share/doc/tarnline/changelog.gz"; do
+  "-rw-r--r-- ./usr/share/doc/tarnline/copyright" "-rw-r--r-- ./usr/share/doc/tarnline/changelog.gz" \
+  "-rw-r--r-- ./$dissector"; do
   grep -qxF -- "$entry" <<<"$contents" || fail "the package lacks '$entry'"
 done
-if grep -v '^d' <<<"$contents" | grep -v -e '^-rwxr-xr-x ./usr/bin/' -e '^-rw-r--r-- ./usr/share/'; then
+if grep -v '^d' <<<"$contents" | grep -v -e '^-rwxr-xr-x ./usr/bin/' -e '^-rw-r--r-- ./usr/share/' \
+  -e "^-rw-r--r-- ./$dissector\$"; then
   fail "files above are not where or as they should be"
 fi
 
@@ -90,10 +93,14 @@ done
 # The installed program on its demo radio, as a user would start it.
 status=0
 out=$(cd "$tmp" && QT_QPA_PLATFORM=offscreen timeout 20 "$usr/bin/tarnline" --demo \
-  --status-after 1500 --quit-after 2000 2>"$tmp/tarnline.log") || status=$?
+  --status-after 1500 --quit-after 2000 --capture "$tmp/bus.pcapng" 2>"$tmp/tarnline.log") || status=$?
 if ((status != 0)); then
   cat "$tmp/tarnline.log" >&2
   fail "tarnline --demo ended with status $status"
 fi
 [[ "$out" == "$status_line" ]] || fail "tarnline --demo printed '$out', not '$status_line'"
+# Its capture, decoded by the installed dissector: the demo radio's frequency.
+freq=$(tshark -r "$tmp/bus.pcapng" -X "lua_script:$tmp/$dissector" -Y civ.freq -T fields -e civ.freq \
+  2>/dev/null | head -1)
+[[ "$freq" == 145500000 ]] || fail "tshark with the installed civ.lua read '$freq', not 145500000"
 echo "test-package: $deb is good"

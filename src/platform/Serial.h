@@ -49,6 +49,8 @@ class SerialDevice {
   virtual int Descriptor() const { return -1; }
   // Output the line did not take yet, which goes out at the next read or write.
   virtual bool HoldsOutput() const { return false; }
+  // The event loop saw the line readable: the next read's bytes arrived about now.
+  virtual void Readable() {}
 };
 
 class SerialDriver {
@@ -75,6 +77,9 @@ class Serial {
   // out held output.
   bool WantsRead();
   bool HoldsOutput() const { return device_ && device_->HoldsOutput(); }
+  void NoteReadable() {
+    if (device_) device_->Readable();
+  }
   // The descriptor to watch for input; -1 when the port is closed or its line gone.
   int Descriptor() const { return device_ && !device_->Lost() ? device_->Descriptor() : -1; }
   // Told after the device behind the port changed, so that a watch follows it.

@@ -93,6 +93,7 @@ void QtClock::Follow(Watch& watch) {
   watch.notifier = std::make_unique<QSocketNotifier>(fd, QSocketNotifier::Read);
   QObject::connect(watch.notifier.get(), &QSocketNotifier::activated, [&watch] {
     watch.notifier->setEnabled(false);
+    watch.port->NoteReadable();
     watch.timer->Wake();
   });
   watch.notifier->setEnabled(watch.timer->Asleep());

@@ -31,6 +31,12 @@ watch and set the radio's frequency, mode and filter.
   --screenshot PATH    save a PNG picture of the window when --status-after prints (after 3000 ms
                        when --status-after is not given)
   --quit-after MS      quit through File > Quit after MS milliseconds
+  --capture FILE       record every byte read from and written to the port in FILE, a pcapng
+                       capture for Wireshark: one record per CI-V frame, with its direction and
+                       time, and bytes outside frames in records of their own. FILE may be - for
+                       standard output (what the program prints then goes to standard error) or
+                       a named pipe: tarnline --capture - | wireshark -k -i -
+                       The CI-V dissector comes as a Lua plugin of Wireshark (civ.lua).
   --help               this text
   --version            print the version and quit
 
@@ -44,7 +50,8 @@ Qt's own settings go through the environment, e.g. QT_QPA_PLATFORM=offscreen to 
 display. DEBUG.TXT (the Debug check box) is written to the current folder.
 
 Ctrl+C in the terminal (SIGINT) and SIGTERM quit like File > Quit. Exit status: 0 after quitting,
-1 when the demo radio cannot start, 2 for a bad command line.
+1 when the demo radio cannot start, 2 for a bad command line or a capture file that cannot be
+written.
 )";
 
 std::optional<int> ParseMs(std::string_view text) {
@@ -70,7 +77,7 @@ Arg Split(std::string_view arg) {
 
 bool TakesValue(std::string_view name) {
   return name == "--port" || name == "--status-after" || name == "--quit-after" ||
-         name == "--screenshot";
+         name == "--screenshot" || name == "--capture";
 }
 
 // A flag without a value; false when there is no such flag.
@@ -97,6 +104,8 @@ std::string ApplyValue(Options& o, std::string_view name, std::string_view value
     o.ports.emplace_back(value);
   } else if (name == "--screenshot") {
     o.screenshot = std::string(value);
+  } else if (name == "--capture") {
+    o.capture = std::string(value);
   } else {
     const std::optional<int> ms = ParseMs(value);
     if (!ms) {

@@ -16,6 +16,7 @@ struct Options {
   int statusAfterMs = -1;  // -1: never
   int quitAfterMs = -1;
   std::string screenshot;  // a PNG path; empty: none
+  std::string capture;     // --capture: a pcapng file, "-" or a named pipe; empty: none
 };
 
 struct ParsedOptions {

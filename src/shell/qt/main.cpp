@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "diagnostics/CapturingSerial.h"
 #include "link/IcomWindow.h"
 #include "platform/PosixSerial.h"
 #include "platform/qt/QtClock.h"
@@ -44,6 +45,8 @@ struct Program {
   QtMessages messages;
   QtFileChooser files;
   PosixSerialDriver serial;
+  std::unique_ptr<BusCapture> capture;
+  std::unique_ptr<CapturingDriver> capturing;  // `serial`, seen by `capture`
   GrowingPortCatalog ports{MachinePorts};
   App app;
   std::unique_ptr<sim::PtyRadio> demoRadio;
@@ -97,9 +100,23 @@ void ScheduleScripted(const Options& o, MainWindow& view) {
   }
 }
 
-int Run(const Options& o) {
+// A capture that fails later is told in the status line and the log, and the program goes on.
+void AttachCapture(Program& p, std::unique_ptr<BusCapture> capture, const std::string& path) {
+  if (!capture) return;
+  p.capture = std::move(capture);
+  p.capturing = std::make_unique<CapturingDriver>(p.serial, *p.capture);
+  p.capture->failed = [&p, path](const std::string& why) {
+    const std::string text =
+        "Capture to " + (path == "-" ? "standard output" : path) + " stopped: " + why;
+    p.log.DebugLog(text);
+    p.messages.ShowStatus(text);
+  };
+}
+
+int Run(const Options& o, std::unique_ptr<BusCapture> capture) {
   const FileType textType;
   Program p(textType);
+  AttachCapture(p, std::move(capture), o.capture);
   p.app.version = BuildVersion();
   QCoreApplication::setApplicationVersion(QString::fromStdString(p.app.version.ShortVersion));
   std::vector<std::string> given = o.ports;
@@ -111,7 +128,9 @@ int Run(const Options& o) {
   p.ports.Ports() = MergePorts(given, MachinePorts());
   // An empty work folder is the current folder: DEBUG.TXT lands where the program was started.
   p.window = std::make_unique<IcomWindow>(
-      p.app, WindowServices{p.clock, p.ports, p.serial, p.log, p.messages, p.files, ""});
+      p.app, WindowServices{p.clock, p.ports,
+                            p.capturing ? static_cast<SerialDriver&>(*p.capturing) : p.serial,
+                            p.log, p.messages, p.files, ""});
   p.view = std::make_unique<MainWindow>(*p.window);
   p.messages.SetParent(p.view.get());
   p.files.SetParent(p.view.get());
@@ -141,6 +160,17 @@ int main(int argc, char** argv) {
     std::cout << "tarnline " << TARNLINE_VERSION << "\n";
     return 0;
   }
+  // Refused like a bad command line, before any window opens.
+  std::unique_ptr<tarn::BusCapture> capture;
+  if (const std::string& path = parsed.options.capture; !path.empty()) {
+    std::string why;
+    capture = tarn::BusCapture::Create(path, std::string("Tarnline ") + TARNLINE_VERSION,
+                                       tarn::BusCapture::WallClock, why);
+    if (!capture) {
+      std::cerr << "tarnline: cannot write the capture " << path << ": " << why << "\n";
+      return 2;
+    }
+  }
   // Qt sees no arguments: ours are parsed already, and Qt's own settings come from the
   // environment, so a port path can never be taken for a Qt option.
   int qtArgc = 1;
@@ -149,7 +179,7 @@ int main(int argc, char** argv) {
   // The last catch: an exception out of start-up is said once, and the program ends with an error
   // status instead of an abort.
   try {
-    return tarn::Run(parsed.options);
+    return tarn::Run(parsed.options, std::move(capture));
   } catch (const std::exception& e) {
     std::cerr << "tarnline: unexpected error: " << e.what() << "\n";
   } catch (...) {

@@ -215,11 +215,16 @@ TEST(Options, BadCommandLinesAreRefusedWithStatusTwo) {
   };
   for (const auto& [args, error] : refused)
     EXPECT_EQ(ParseOptions(args).error.substr(0, error.size()), error);
-  QProcess program;  // the program says so and ends with status 2
-  program.start(Tarnline(), {"--port", "--demo"});
-  ASSERT_TRUE(program.waitForFinished(kPatienceMs));
-  EXPECT_EQ(program.exitCode(), 2);
-  EXPECT_TRUE(program.readAllStandardError().contains("--port needs a value"));
+  // The program says so and ends with status 2, also for a capture file it cannot make.
+  for (const auto& [args, said] :
+       {std::pair{QStringList{"--port", "--demo"}, "--port needs a value"},
+        {{"--capture", "/nonexistent/bus.pcapng"}, "cannot write the capture"}}) {
+    QProcess program;
+    program.start(Tarnline(), args);
+    ASSERT_TRUE(program.waitForFinished(kPatienceMs));
+    EXPECT_EQ(program.exitCode(), 2);
+    EXPECT_TRUE(program.readAllStandardError().contains(said));
+  }
 }
 
 // The program polls the radio on the port it is given and prints the displays at once and at each
