@@ -8,13 +8,25 @@
 // waits. A hang-up (read gives 0 or EIO) marks the line lost.
 #pragma once
 
+#include <sys/types.h>
+
 #include "platform/Serial.h"
 
 namespace tarn {
 
+// The system calls under a line's reads and writes: a test puts the faults of real lines between
+// them and the kernel (EINTR, EAGAIN, short counts, a read of nothing).
+struct LineCalls {
+  std::function<ssize_t(int, void*, std::size_t)> read;
+  std::function<ssize_t(int, const void*, std::size_t)> write;
+};
+
 class PosixSerialDriver : public SerialDriver {
  public:
+  PosixSerialDriver();
   std::unique_ptr<SerialDevice> Open(const tarn::SerialPort& port, std::string& why) override;
+
+  LineCalls calls;  // taken by each line as it opens
 };
 
 // Sets a speed that has no B-constant (3600, 7200, 14400, 28800 baud) where the OS allows it.

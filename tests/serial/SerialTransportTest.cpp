@@ -1,14 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Port selection, the receive pump and the transmit ring: on the virtual clock over memory lines,
-// then what only a real line shows, on a pseudo-terminal with the simulated radio.
+// then what only a real line shows, on a pseudo-terminal.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <termios.h>
 #include <unistd.h>
 
+#include <random>
 #include <tuple>
 
-#include "support/PtyHarness.h"
+#include "support/LineFaults.h"
+#include "support/WindowHarness.h"
+#include "support/TempFolder.h"
 
 namespace tarn::test {
 namespace {
@@ -127,35 +130,64 @@ TEST_F(SerialTransport, TheRingRunsOverItsEndAndRefusesWholeFramesBeyond9999Byte
   EXPECT_EQ(h.Line().writes.size(), 200u);
 }
 
-// The line is seen through a second descriptor, taken before the program claims the line.
-TEST(PtyLink, TheChosenSpeedIsInForceRaw8N1) {
-  PtyHarness h;
-  const int line = ::open(h.radio->SlavePath().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK);
-  h.Start();
+// The line is left as a fresh USB serial device is, cooked (and at 7E2 besides), and its reads and
+// writes fail at random as real ones do. The port makes it raw 57600 8N1 (after 14400, set by
+// number), and a random session, every byte value in its first chunks, crosses it: each byte the
+// window queued goes on the line once and in order, each byte the line delivered is read once and
+// in order, and nothing is added (no echo, no CR/NL mapping, no flow control, no signal).
+TEST(PtyLink, EveryByteCrossesACookedLineThatFailsAtRandomOnceAndInOrder) {
+  std::mt19937 random(16);
+  TempFolder dir;
+  WindowHarness h(0, dir.Path());
+  PosixSerialDriver driver;
+  InjectLineFaults(driver, random);
+  h.lineDriver = &driver;
+  const int far = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK);
+  ASSERT_TRUE(far >= 0 && grantpt(far) == 0 && unlockpt(far) == 0);
+  h.ports.Ports().push_back({"pty", ptsname(far)});
+  const int line = ::open(ptsname(far), O_RDWR | O_NOCTTY);  // taken before the program's
   termios tio{};
   ASSERT_EQ(::tcgetattr(line, &tio), 0);
+  tio.c_iflag |= ICRNL | IXON | IXOFF | BRKINT | IMAXBEL;
+  tio.c_oflag |= OPOST | ONLCR;
+  tio.c_lflag |= ICANON | ECHO | ECHOE | ECHOK | ECHOCTL | ECHOKE | ISIG | IEXTEN;
   tio.c_cflag = (tio.c_cflag & ~CSIZE) | CS7 | PARENB | CSTOPB;
-  tio.c_lflag |= ICANON | ECHO | ISIG;
   ASSERT_EQ(::tcsetattr(line, TCSANOW, &tio), 0);
-  h.w->BaudPopup.SetListIndex(9);   // 14400 has no termios constant: it is set by number
+  h.Start();
+  h.w->BaudPopup.SetListIndex(9);
   h.w->BaudPopup.SetListIndex(13);  // not 38400, which a new pseudo-terminal already has
+  EXPECT_EQ(h.log.lines, std::vector<std::string>{});  // every setting took, 14400 too
   ASSERT_EQ(::tcgetattr(line, &tio), 0);
-  ::close(line);
   EXPECT_EQ(::cfgetospeed(&tio), B57600);
   EXPECT_EQ(tio.c_cflag & (CSIZE | PARENB | CSTOPB | CREAD), CS8 | CREAD);
-  EXPECT_EQ(tio.c_lflag & (ICANON | ECHO | ISIG), 0u);
-  EXPECT_EQ(tio.c_iflag & (IXON | IXOFF), 0u);
-  EXPECT_EQ(h.log.lines, std::vector<std::string>{});  // every setting took, 14400 too
-}
-
-// A lost line is a state, not an event: it is told once, in the status line, not per read.
-TEST(PtyLink, AHangUpIsToldOnceInTheStatus) {
-  PtyHarness h;
-  h.Start();
-  h.w->ReqTimer.SetMode(0);  // no writes: the reads alone find the hang-up
-  h.radio->Hangup();
-  h.Run(1000);
-  EXPECT_EQ(h.messages.statuses.size(), 1u);
+  h.w->ReqTimer.SetMode(0);
+  h.w->DebugCheckBox.SetValue(true);
+  std::string queued, delivered, onLine;
+  const auto chunk = [&](std::string& to, int t) {  // every byte value first, then at random
+    std::string bytes(t == 0 ? 256 : 1 + random() % 40, '\0');
+    for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>(t ? random() : i);
+    return to += bytes, bytes;
+  };
+  for (int t = 0; t < 40'000; ++t) {
+    if (t < 30'000 && (t == 0 || random() % 40 == 0)) h.w->SendSerialPacket(chunk(queued, t));
+    if (t < 30'000 && (t == 0 || random() % 40 == 0)) {
+      const std::string bytes = chunk(delivered, t);
+      ASSERT_EQ(::write(far, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+    }
+    if (t >= 30'000) {  // the rest at the kernel's pace
+      if (onLine == queued && dir.Read("DEBUG.TXT") == HexText(delivered)) break;
+      h.w->Serial1->WaitReadable(1);
+    }
+    h.clock.AdvanceBy(1);
+    char buf[512];
+    for (ssize_t n; (n = ::read(far, buf, sizeof buf)) > 0;) onLine.append(buf, std::size_t(n));
+  }
+  EXPECT_EQ(onLine.size(), queued.size());
+  EXPECT_TRUE(onLine == queued);
+  EXPECT_EQ(dir.Read("DEBUG.TXT").size(), delivered.size() * 3);
+  EXPECT_TRUE(dir.Read("DEBUG.TXT") == HexText(delivered));
+  ::close(line);
+  ::close(far);
 }
 
 }  // namespace
