@@ -5,7 +5,7 @@
 // The descriptor is non-blocking and raw, so ReadAll sees new bytes also from a loop that never
 // returns to the event loop, and an idle read costs one system call. Bytes the kernel will not take
 // at once wait in a bounded buffer of ours and go out at the next read or write; the caller never
-// waits. A hang-up (read gives 0 or EIO) marks the line lost.
+// waits. A hang-up (EIO, or a read of nothing with POLLHUP) marks the line lost.
 #pragma once
 
 #include <sys/types.h>
