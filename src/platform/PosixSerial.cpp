@@ -47,7 +47,7 @@ speed_t StandardSpeed(int baud) {
 
 class PosixSerialDevice : public SerialDevice {
  public:
-  explicit PosixSerialDevice(int fd) : fd_(fd) {}
+  PosixSerialDevice(int fd, LineCalls calls) : fd_(fd), calls_(std::move(calls)) {}
   // Unsent output is discarded first: Linux otherwise holds close() until it has drained, up to
   // 30 s on a slow or stalled line, and the window would freeze on a change of port or speed.
   ~PosixSerialDevice() override {
@@ -81,16 +81,18 @@ class PosixSerialDevice : public SerialDevice {
     Flush();
     char buf[4096];
     while (!lost_) {
-      const ssize_t n = ::read(fd_, buf, sizeof buf);
+      const ssize_t n = calls_.read(fd_, buf, sizeof buf);
       if (n > 0) {
         out.append(buf, static_cast<std::size_t>(n));
         if (static_cast<std::size_t>(n) < sizeof buf) break;
       } else if (n == 0) {
-        lost_ = true;
+        // A line left cooked reads its end-of-file character as 0 too: only a hang-up is a loss.
+        if (HungUp()) MarkLost();
+        break;
       } else if (errno == EINTR) {
         continue;
       } else {
-        if (errno != EAGAIN && errno != EWOULDBLOCK) lost_ = true;
+        if (errno != EAGAIN && errno != EWOULDBLOCK) MarkLost();
         break;
       }
     }
@@ -119,29 +121,40 @@ class PosixSerialDevice : public SerialDevice {
   bool HoldsOutput() const override { return !pending_.empty(); }
 
  private:
+  // Output held for a lost line would never go, and would keep waking the pump.
+  void MarkLost() {
+    lost_ = true;
+    pending_.clear();
+  }
+
+  bool HungUp() const {
+    pollfd p{fd_, POLLIN, 0};
+    return ::poll(&p, 1, 0) > 0 && (p.revents & POLLHUP) != 0;
+  }
+
   void Flush() {
     while (!pending_.empty() && !lost_) {
-      const ssize_t n = ::write(fd_, pending_.data(), pending_.size());
+      const ssize_t n = calls_.write(fd_, pending_.data(), pending_.size());
       if (n > 0) {
         pending_.erase(0, static_cast<std::size_t>(n));
       } else if (n < 0 && errno == EINTR) {
         continue;
       } else {
-        if (n < 0 && errno != EAGAIN && errno != EWOULDBLOCK) {
-          lost_ = true;
-          pending_.clear();
-        }
+        if (n < 0 && errno != EAGAIN && errno != EWOULDBLOCK) MarkLost();
         return;
       }
     }
   }
 
   int fd_;
+  LineCalls calls_;
   bool lost_ = false;
   std::string pending_;
 };
 
 }  // namespace
+
+PosixSerialDriver::PosixSerialDriver() : calls{::read, ::write} {}
 
 std::unique_ptr<SerialDevice> PosixSerialDriver::Open(const tarn::SerialPort& port,
                                                       std::string& why) {
@@ -161,7 +174,7 @@ std::unique_ptr<SerialDevice> PosixSerialDriver::Open(const tarn::SerialPort& po
   }
   // Keeps a second program off the line; pseudo-terminals may refuse, which costs nothing.
   (void)::ioctl(fd, TIOCEXCL);
-  auto device = std::make_unique<PosixSerialDevice>(fd);
+  auto device = std::make_unique<PosixSerialDevice>(fd, calls);
   device->Configure(LineSettings{});
   return device;
 }

@@ -30,7 +30,8 @@ class PortCatalog {
   virtual void Rescan() {}
 };
 
-// A list that changes only through Ports(): the ports a test gives the window.
+// A list that changes only through Ports(): what a test gives the window, and the base of the
+// program's own list, GrowingPortCatalog.
 class FixedPortCatalog : public PortCatalog {
  public:
   explicit FixedPortCatalog(std::vector<SerialPort> ports = {}) : ports_(std::move(ports)) {}

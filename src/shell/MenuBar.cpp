@@ -28,7 +28,7 @@ void Untitled2(MenuBar& bar) {
 
 }  // namespace
 
-MenuBar MenuBar1() {
+MenuBar BuildMenuBar1() {
   MenuBar bar;
   Untitled0(bar);
   Untitled1(bar);

@@ -6,6 +6,8 @@
 
 namespace tarn {
 
-MenuBar MenuBar1();
+// Builds a new MenuBar1, as its Constructor does. The window builds it once and keeps it
+// (IcomWindow::Menus), so there is one bar, as with the one implicit instance.
+MenuBar BuildMenuBar1();
 
 }  // namespace tarn

@@ -33,7 +33,7 @@ IcomWindow::IcomWindow(App& theApp, WindowServices services)
       services_(std::move(services)),
       System{services_.ports, services_.log} {
   layout_ = {"Tarnline Interface", 576, 529, false};
-  menus_ = MenuBar1();
+  menus_ = BuildMenuBar1();
   CreateControls();
   AttachHandlers();
   AddMenuHandlers();

@@ -26,26 +26,6 @@ TEST(DebugFiles, AppendHexTextWithNoLineEnds) {
   EXPECT_EQ(h.log.lines, std::vector<std::string>{"FE_0D_"});
 }
 
-// The pump traces a read only while the box is on, whether the monitor is on or not. A frame's
-// bytes show in the monitor only after the receiver has put the frame on the displays.
-TEST(DebugFiles, ThePumpTracesAReadOnlyWhileTheBoxIsOn) {
-  TempFolder dir;
-  WindowHarness h(1, dir.Path());
-  h.Start();
-  std::string freqWhenShown;
-  h.w->EditField1.TextChange = [&](EditField&) { freqWhenShown = h.w->FreqDisplay.Text(); };
-  h.w->ShowDataCheck.SetValue(true);
-  h.Line().incoming = Bytes({0xFE, 0xFE, 0xE0, 0x08, 0x03, 0, 0, 0x50, 0x45, 0x01, 0xFD});
-  h.w->CheckSerial();
-  EXPECT_EQ(freqWhenShown, "145500");
-  EXPECT_FALSE(dir.Exists("DEBUG.TXT"));
-  h.w->ShowDataCheck.SetValue(false);
-  h.w->DebugCheckBox.SetValue(true);
-  h.Line().incoming = Bytes({0x0A});
-  h.w->CheckSerial();
-  EXPECT_EQ(dir.Read("DEBUG.TXT"), "0A_");
-}
-
 // A folder in the file's place cannot be written, also not by root. The failure is told once, and
 // told again only after a write has succeeded in between.
 TEST(DebugFiles, AFailureIsToldOnceUntilAWriteSucceeds) {

@@ -47,18 +47,6 @@ TEST_F(Link, SetFreqSendsPackedDecimalPairsLeastSignificantFirst) {
   }
 }
 
-TEST_F(Link, SetModeSendsBothPopupsAndSsbAsFmWithFilterZero) {
-  const std::tuple<i64, i64, const char*> cases[] = {
-      {1, 1, "01 02"}, {9, 0, "0B 01"}, {10, 2, "05 00"}, {0, 0, "00 01"}, {8, 2, "08 03"}};
-  h.w->PopupMode.Change = h.w->PopupFilter.Change = nullptr;
-  for (auto [modeRow, filterRow, bytes] : cases) {
-    h.w->PopupMode.SetListIndex(modeRow);
-    h.w->PopupFilter.SetListIndex(filterRow);
-    h.w->SetMode();
-    EXPECT_EQ(Take(*h.w), HexText(Hex("FE FE 08 E0 06 " + std::string(bytes) + " FD"))) << modeRow;
-  }
-}
-
 // The controller field is read as each frame is built; SetMode reads the Radio ID field itself.
 // Addresses go out as they stand, with no escaping of FE or FD.
 TEST_F(Link, FramesTakeTheAddressesOfTheMoment) {

@@ -80,11 +80,11 @@ TEST(Tuning, EachControlSendsItsFrameAtOnce) {
   h.w->PopupMode.SetListIndex(10);
   h.w->PopupFilter.SetListIndex(2);
   h.w->PopupMode.SetListIndex(9);
-  h.w->PopupMode.SetListIndex(4);
+  h.w->PopupMode.SetListIndex(8);  // the last row sent as its own number
   h.clock.AdvanceBy(100);
   EXPECT_EQ(Sent(h),
             "FE_FE_5A_E0_05_49_00_25_14_FD_FE_FE_5A_E0_06_05_00_FD_FE_FE_5A_E0_06_05_00_FD_"
-            "FE_FE_5A_E0_06_0B_03_FD_FE_FE_5A_E0_06_04_03_FD_");
+            "FE_FE_5A_E0_06_0B_03_FD_FE_FE_5A_E0_06_08_03_FD_");
 }
 
 // Radios at 0, 8 and 255 answer every frequency request to them, 136 with an FB. A frame that came

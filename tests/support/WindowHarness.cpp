@@ -26,7 +26,7 @@ WindowHarness::WindowHarness(int portCount, std::string folder) : workFolder(std
 
 void WindowHarness::BuildOnly() {
   w = std::make_unique<IcomWindow>(
-      app, WindowServices{clock, ports, driver, log, messages, chooser, workFolder});
+      app, WindowServices{clock, ports, *lineDriver, log, messages, chooser, workFolder});
   w->Open();
 }
 

@@ -45,6 +45,7 @@ struct WindowHarness {
   ManualClock clock;
   FixedPortCatalog ports;
   MemorySerialDriver driver;
+  SerialDriver* lineDriver = &driver;  // what the window opens its ports with
   RecordingLog log;
   RecordingMessages messages;
   ScriptedChooser chooser;

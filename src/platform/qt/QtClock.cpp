@@ -16,6 +16,8 @@ namespace {
 // the system batch wake-ups while the window idles.
 constexpr i64 kPreciseBelowMs = 100;
 
+constexpr i64 kNsPerMs = 1'000'000;
+
 i64 QtPeriod(const Timer& timer) {
   return std::min<i64>(timer.Period(), std::numeric_limits<int>::max());
 }
@@ -44,7 +46,7 @@ QtClock::Slot& QtClock::SlotFor(Timer& timer) {
 
 void QtClock::Rearm(Timer& timer) {
   Slot& slot = SlotFor(timer);
-  slot.anchor = slot.last = NowMs();
+  slot.anchor = slot.last = started_.nsecsElapsed();
   Schedule(timer, slot);
 }
 
@@ -55,11 +57,14 @@ void QtClock::Schedule(Timer& timer, Slot& slot) {
     slot.qt->stop();
     return;
   }
-  const i64 now = NowMs();
+  const i64 now = started_.nsecsElapsed();
   const i64 period = QtPeriod(timer);
-  slot.due = NextInstant(slot.anchor, period, now, slot.last);
+  slot.due = NextInstant(slot.anchor, period * kNsPerMs, now, slot.last);
   slot.qt->setTimerType(period < kPreciseBelowMs ? Qt::PreciseTimer : Qt::CoarseTimer);
-  slot.qt->start(static_cast<int>(slot.due - now));  // at most one period
+  // Never before the instant; more than a period after a coarse shot that came early, so bounded
+  // by what QTimer takes.
+  const i64 delayMs = (slot.due - now + kNsPerMs - 1) / kNsPerMs;
+  slot.qt->start(static_cast<int>(std::min<i64>(delayMs, std::numeric_limits<int>::max())));
 }
 
 void QtClock::Tick(Timer& timer, Slot& slot) {

@@ -40,6 +40,8 @@ class QtClock : public Clock {
  private:
   struct Slot {
     std::unique_ptr<QTimer> qt;
+    // In nanoseconds, finer than any period: a timer woken just after an instant it slept
+    // through waits for the next one, as one that ticked all along would.
     i64 anchor = 0;  // a sleeping timer's instants are anchor + k * Period
     i64 due = 0;     // the instant its single shot stands for
     i64 last = 0;    // its last tick's instant: no instant fires twice
