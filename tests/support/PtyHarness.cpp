@@ -27,21 +27,4 @@ void PtyHarness::Start() {
   w->init();
 }
 
-void PtyHarness::Step() {
-  clock.AdvanceBy(kStepMs);
-  // Gives the radio's thread its turn; returns at once when its answer is already there.
-  if (w && w->Serial1) w->Serial1->WaitReadable(1);
-}
-
-void PtyHarness::Run(i64 virtualMs) {
-  for (i64 t = 0; t < virtualMs; t += kStepMs) Step();
-}
-
-sim::RadioState PtyHarness::RadioNow(std::uint8_t address) {
-  return radio->WithBus([address](sim::SimBus& bus) {
-    const sim::RadioState* r = bus.Radio(address);
-    return r ? *r : sim::RadioState{};
-  });
-}
-
 }  // namespace tarn::test

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The window's logic on the virtual clock, talking over a real pseudo-terminal to the simulated
-// radio, which serves from its own thread in real time. Virtual time advances in 10 ms steps, each
-// followed by a short real wait for the line, so that what the radio answers is read in the next
-// Timer1 tick as it would be in the running program.
+// radio, which serves from its own thread in real time.
 #pragma once
 
 #include <memory>
@@ -21,13 +19,6 @@ struct PtyHarness {
 
   // Builds and starts the window on the radio's port (opened at 9600 by init).
   void Start();
-  // Runs `virtualMs` of the program.
-  void Run(i64 virtualMs);
-  void Step();
-  sim::RadioState RadioNow(std::uint8_t address = 0x08);
-
-  static constexpr i64 kStepMs = 10;
-
   ManualClock clock;
   std::vector<SerialPort> machinePorts;  // what a rescan of the machine finds
   GrowingPortCatalog ports{[this] { return machinePorts; }};
