@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // One window serves every input of a fuzz target and is put back to its started state after each:
-// building a window costs far more than running an input. On the first inputs and every 1024th,
+// building a window costs far more than running an input. On the first inputs and every 4096th,
 // the input also runs on a freshly built window, and the fuzzer aborts unless both end in the same
 // state and the reset window then equals a fresh one, every property and control alike.
 #pragma once
@@ -110,7 +110,7 @@ struct FuzzWindow : WindowHarness {
   template <class Input>
   void Run(Input&& input) {
     input(*this);
-    const bool check = runs_ < 64 || runs_ % 1024 == 0;
+    const bool check = runs_ < 64 || runs_ % 4096 == 0;
     ++runs_;
     if (check) {
       FuzzWindow fresh(workFolder);

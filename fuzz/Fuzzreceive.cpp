@@ -61,11 +61,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     IcomWindow& w = *h.w;
     test::MemoryLine& line = h.Line();
     // The monitor on for one input in eight, DEBUG.TXT for one in 64: each read rescans the
-    // monitor's text and opens the file. The input says where reads fall and nothing is sent, so
-    // the pump, the ring and the poll would only tick on nothing.
+    // monitor's text and opens the file.
     w.ShowDataCheck.SetValue(size % 8 == 1);
     w.DebugCheckBox.SetValue(size % 64 == 0);
-    for (Timer* t : {&w.Timer1, &w.Timer2, &w.ReqTimer}) t->SetMode(0);
     Decoder d;
     const i64 start = h.clock.NowMs();
     for (std::size_t i = 0; i < size;) {
@@ -75,7 +73,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       line.incoming.assign(reinterpret_cast<const char*>(data + i), length);
       for (std::size_t end = i + length; i < end; ++i) d.Byte(data[i], h.clock.NowMs() - start);
       w.CheckSerial();
-      if (control & 0x40) h.clock.AdvanceBy(control & 0x80 ? 1000 : 50);
+      if (control & 0x40) {
+        // The input says where reads fall and nothing is sent: the pump, the ring and the poll
+        // would only tick on nothing.
+        for (Timer* t : {&w.Timer1, &w.Timer2, &w.ReqTimer}) t->SetMode(0);
+        h.clock.AdvanceBy(control & 0x80 ? 1000 : 50);
+      }
       const bool jam = h.clock.NowMs() - start < d.jamUntil;
       if (w.FreqDisplay.Text() != d.freq || w.ModeDisplay.Text() != d.mode ||
           w.FilterDisplay.Text() != d.filter || w.gotAckNak != d.answer ||

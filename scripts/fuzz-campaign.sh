@@ -3,7 +3,8 @@
 # A long run of each fuzz target, one after the other, from its corpus in fuzz/corpus: until it has
 # executed RUNS inputs or SECONDS have passed. What it found is merged back into fuzz/corpus with
 # libFuzzer's -merge=1: the named cases stay, and the hash-named files are replaced by the fewest
-# that keep every feature reached. Prints per target the inputs run, the coverage (cov: edges,
+# that keep every edge reached (-use_counters=0: hit counts alone would keep hundreds of files, and
+# the test command's runs find them again in seconds). Prints per target the inputs run, the coverage (cov: edges,
 # ft: features), the time and the corpus size before and after. A failure is kept in FUZZ_BIN_DIR.
 # Usage: fuzz-campaign.sh FUZZ_BIN_DIR [RUNS] [SECONDS]
 set -euo pipefail
@@ -34,7 +35,7 @@ for target in receive scanlist fields; do
   for f in "$corpus"/*; do
     [[ $(basename "$f") =~ ^[0-9a-f]{40}$ ]] || cp "$f" "$scratch/$target/kept/"
   done
-  "$bin_dir/fuzz_$target" "${max_len[@]}" -merge=1 "$scratch/$target/kept" "$corpus" \
+  "$bin_dir/fuzz_$target" "${max_len[@]}" -merge=1 -use_counters=0 "$scratch/$target/kept" "$corpus" \
     "$scratch/$target/found" >"$scratch/$target.merge.log" 2>&1
   find "$corpus" -type f -regextype posix-extended -regex '.*/[0-9a-f]{40}' -delete
   cp -n "$scratch/$target/kept"/* "$corpus/"
