@@ -11,15 +11,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   static test::FuzzWindow window;
   // Four texts separated by NUL bytes: our address, the radio's, the rate and the frequency.
   std::string texts[4];
-  std::size_t field = 0;
-  for (std::size_t i = 0; i < size; ++i) {
-    if (data[i] == 0 && field < 3) {
-      ++field;
-    } else {
-      texts[field].push_back(static_cast<char>(data[i]));
-    }
-  }
-  window.Run([&](test::WindowHarness& h) {
+  for (std::size_t i = 0, field = 0; i < size; ++i)
+    data[i] == 0 && field < 3 ? void(++field) : texts[field].push_back(static_cast<char>(data[i]));
+  window.Run([&](test::FuzzWindow& h) {
     for (const std::string& t : texts) {
       const i64 a = h.w->FromHex(t);
       if (a < 0 || a > 255) __builtin_trap();
@@ -37,9 +31,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     // pump is stopped, as its ticks would read nothing.
     h.w->Timer1.SetMode(0);
     h.clock.AdvanceBy(2 * std::clamp<i64>(h.w->ReqTimer.Period(), 1, 1000) + 20);
-    for (const std::string& w : h.Line().writes) {
+    for (const std::string& w : h.line.writes)
       if (w.empty() || w.size() > 50) __builtin_trap();
-    }
   });
   return 0;
 }

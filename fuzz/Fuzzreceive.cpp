@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// The receive path with the monitor and DEBUG.TXT, the input cut into reads at places it
-// chooses and time passing between reads, against a decoder of its own written from the frame
-// format alone: after every read the displays, the answer latch, the jam indicator and the
-// receiver's state must be what that decoder says the bytes meant, and the jam indicator's
-// one-shot timer must rest once it has hidden it.
+// The receive path, the input cut into reads at places it chooses and time passing between reads,
+// against a decoder of its own written from the frame format alone: after every read the displays,
+// the answer latch, the jam indicator and its one-shot timer, and the receiver's state must be what
+// that decoder says the bytes meant.
+#include <iostream>
+#include <tuple>
+
 #include "FuzzWindow.h"
 
 using namespace tarn;
@@ -11,7 +13,7 @@ using namespace tarn;
 namespace {
 
 struct Decoder {
-  int state = 0, to = 0, cmd = 0, length = 0;
+  i64 state = 0, to = 0, cmd = 0, length = 0;
   std::array<int, 257> data{};  // never cleared: a short frame leaves the rest as it was
   std::string freq = "-", mode = "-", filter = "-";
   bool answer = false;
@@ -39,6 +41,7 @@ struct Decoder {
                                            "RTTY",         "FM",  "FM-WIDE", "CW-REVERSE",
                                            "RTTY-REVERSE", {},    {},        "SYNC-AM"};
     static const char* const kFilters[4] = {{}, "WIDE", "MEDIUM", "NARROW"};
+    const int f = length > 1 ? data[1] : 0;
     if (cmd == 3) {
       double acc = 0;
       for (int i = 0; i < length; ++i) acc = acc / 100.0 + ((data[i] >> 4) * 10 + (data[i] & 15));
@@ -46,7 +49,6 @@ struct Decoder {
       std::snprintf(text, sizeof text, "%.15g", acc * (length == 4 ? 1000.0 : 100000.0));
       freq = text;
     } else if (cmd == 4) {
-      const int f = length > 1 ? data[1] : 0;
       if (data[0] < 12 && kModes[data[0]]) mode = kModes[data[0]];
       if (f < 4 && kFilters[f]) filter = kFilters[f];
     }
@@ -57,9 +59,8 @@ struct Decoder {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static test::FuzzWindow window(test::MemoryFolder());
-  window.Run([&](test::WindowHarness& h) {
+  window.Run([&](test::FuzzWindow& h) {
     IcomWindow& w = *h.w;
-    test::MemoryLine& line = h.Line();
     // The monitor on for one input in eight, DEBUG.TXT for one in 64: each read rescans the
     // monitor's text and opens the file.
     w.ShowDataCheck.SetValue(size % 8 == 1);
@@ -70,7 +71,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       // One byte says how long the next read is and how much time passes after it.
       const std::uint8_t control = data[i++];
       const std::size_t length = std::min<std::size_t>(control & 0x3F, size - i);
-      line.incoming.assign(reinterpret_cast<const char*>(data + i), length);
+      h.line.incoming.assign(reinterpret_cast<const char*>(data + i), length);
       for (std::size_t end = i + length; i < end; ++i) d.Byte(data[i], h.clock.NowMs() - start);
       w.CheckSerial();
       if (control & 0x40) {
@@ -80,19 +81,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         h.clock.AdvanceBy(control & 0x80 ? 1000 : 50);
       }
       const bool jam = h.clock.NowMs() - start < d.jamUntil;
-      if (w.FreqDisplay.Text() != d.freq || w.ModeDisplay.Text() != d.mode ||
-          w.FilterDisplay.Text() != d.filter || w.gotAckNak != d.answer ||
-          w.StaticJamming.Visible() != jam || w.JammerTimer.Mode() != jam ||
-          w.parseState != d.state || w.parseMsgLength != d.length) {
-        std::fprintf(stderr, "window: %s %s %s ack %d jam %d state %lld length %lld\n",
-                     w.FreqDisplay.Text().c_str(), w.ModeDisplay.Text().c_str(),
-                     w.FilterDisplay.Text().c_str(), w.gotAckNak, w.StaticJamming.Visible(),
-                     static_cast<long long>(w.parseState),
-                     static_cast<long long>(w.parseMsgLength));
-        std::fprintf(stderr, "decoder: %s %s %s ack %d jam %d state %d length %d\n", d.freq.c_str(),
-                     d.mode.c_str(), d.filter.c_str(), d.answer, jam, d.state, d.length);
-        std::abort();
-      }
+      const std::tuple<std::string, std::string, std::string, bool, bool, i64, i64, i64> shown{
+          w.FreqDisplay.Text(), w.ModeDisplay.Text(),      w.FilterDisplay.Text(),
+          w.gotAckNak,          w.StaticJamming.Visible(), w.JammerTimer.Mode(),
+          w.parseState,         w.parseMsgLength};
+      const decltype(shown) meant{d.freq, d.mode, d.filter, d.answer, jam, jam, d.state, d.length};
+      if (shown == meant) continue;
+      for (const auto* t : {&shown, &meant})
+        std::apply([](const auto&... v) { ((std::cerr << v << ' '), ...) << '\n'; }, *t);
+      std::abort();
     }
   });
   return 0;

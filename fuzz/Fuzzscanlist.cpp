@@ -13,15 +13,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   static test::FuzzWindow window;
   if (pwrite(file, data, size, 0) != static_cast<ssize_t>(size) || ftruncate(file, size) != 0)
     std::abort();
-  window.Run([&](test::WindowHarness& h) {
+  window.Run([&](test::FuzzWindow& h) {
     h.chooser.next = path;
     std::size_t frames = 0;
-    h.Line().onWrite = [&frames](test::MemoryLine& l, const std::string&) {
+    h.line.onWrite = [&frames](test::MemoryLine& l, const std::string&) {
       ++frames;
       l.incoming += test::Bytes({0xFE, 0xFE, 0xE0, 0x08, 0xFB, 0xFD});
     };
     h.w->FileScanList_Action();
-    h.Line().onWrite = nullptr;
+    h.line.onWrite = nullptr;
     // Never more frames than lines: a line holds at least one byte or a line end.
     if (frames > size || h.w->ReqTimer.Mode() != 2) __builtin_trap();
   });
