@@ -24,10 +24,10 @@ inline std::string Snapshot(WindowHarness& h) {
   const auto all = [&s](const auto& values) {
     for (const auto& v : values) s << v << ',';
   };
-  all(std::initializer_list<i64>{w.parseState, w.parseCmd, w.parseToID, w.parseFromID,
-                                 w.parseMsgLength, w.serialBufHead, w.serialBufTail,
-                                 w.findRadiosState, w.requestType, w.RefusedFrames(), w.pollRadios,
-                                 w.gotFreqReply, w.gotAckNak, w.Serial1->IsOpen()});
+  all(std::initializer_list<i64>{
+      w.parseState, w.parseCmd, w.parseToID, w.parseFromID, w.parseMsgLength, w.serialBufHead,
+      w.serialBufTail, w.findRadiosState, w.requestType, w.RefusedFrames(), w.pollRadios,
+      w.gotFreqReply, w.gotAckNak, w.Serial1->IsOpen(), h.app.ourSerialPort});
   for (i64 i = w.serialBufTail; i != w.serialBufHead; i = (i + 1) % IcomWindow::kRingPositions)
     s << w.serialBuf[static_cast<std::size_t>(i)] << ' ';
   all(w.parseMsg), all(w.radioIDs), all(w.radioTypes), all(w.radioNicks), all(w.rwID);
@@ -39,7 +39,7 @@ inline std::string Snapshot(WindowHarness& h) {
     if (auto* t = dynamic_cast<const StaticText*>(c)) s << t->Text();
     if (auto* b = dynamic_cast<const CheckBox*>(c)) s << b->Value();
     if (auto* t = dynamic_cast<const Timer*>(c))
-      s << t->Mode() << '/' << t->Period() << t->Asleep();
+      s << t->Mode() << '/' << t->Period() << ' ' << t->Asleep();
   }
   s << '\n' << h.Line().incoming << '|';
   all(h.Line().writes);

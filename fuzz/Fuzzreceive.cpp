@@ -77,11 +77,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       if (control & 0x40) {
         // The input says where reads fall and nothing is sent: the pump, the ring and the poll
         // would only tick on nothing.
-        for (Timer* t : {&w.Timer1, &w.Timer2, &w.ReqTimer}) t->SetMode(0);
+        for (Timer* t : {&w.Timer1, &w.Timer2, &w.ReqTimer})
+          if (t->Mode() != 0) t->SetMode(0);
         h.clock.AdvanceBy(control & 0x80 ? 1000 : 50);
       }
       const bool jam = h.clock.NowMs() - start < d.jamUntil;
-      const std::tuple<std::string, std::string, std::string, bool, bool, i64, i64, i64> shown{
+      using Text = const std::string&;
+      const std::tuple<Text, Text, Text, bool, bool, i64, i64, i64> shown{
           w.FreqDisplay.Text(), w.ModeDisplay.Text(),      w.FilterDisplay.Text(),
           w.gotAckNak,          w.StaticJamming.Visible(), w.JammerTimer.Mode(),
           w.parseState,         w.parseMsgLength};

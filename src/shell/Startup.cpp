@@ -44,8 +44,14 @@ void IcomWindow::Restart() {
   refusedFrames_ = refusedUntold_ = 0;
   pollRadios = true;
   gotFreqReply = gotAckNak = debugFileFailureTold_ = parseDebugFileFailureTold_ = false;
-  for (Timer* t : {&JammerTimer, &FindRadiosTimer, &Timer1, &Timer2, &ReqTimer}) t->SetMode(0);
-  for (Timer* t : {&Timer1, &Timer2, &ReqTimer}) t->SetMode(2);
+  for (Timer* t : {&JammerTimer, &FindRadiosTimer})
+    if (t->Mode() != 0) t->SetMode(0);
+  for (Timer* t : {&Timer1, &Timer2, &ReqTimer}) {
+    if (t->Mode() != 2)
+      t->SetMode(2);
+    else
+      services_.clock.Rearm(*t);  // a repeating timer's rhythm starts afresh only this way
+  }
   SleepWhenIdle();
 }
 
