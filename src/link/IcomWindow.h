@@ -182,7 +182,7 @@ class IcomWindow {
   void AddToParseDebugFile(std::string_view text);
   void init();
   // Back to the state a new window has after init, without building one; the port stays as it is.
-  // The program never calls it: a harness that runs many sessions on one window does.
+  // The program never calls it: a harness that runs many inputs through one window does.
   void Restart();
   void UpdateFreq(double frequency);
   void UpdateMode(i64 mode, i64 filter);
