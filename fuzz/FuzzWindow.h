@@ -5,13 +5,11 @@
 // equals a new one, every property and control alike.
 #pragma once
 
-#include <unistd.h>
-
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <sstream>
 
+#include "support/TempFolder.h"
 #include "support/WindowHarness.h"
 
 namespace tarn::test {
@@ -77,14 +75,5 @@ struct FuzzWindow : WindowHarness {
   MemoryLine& line = Line();
   i64 runs = 0;
 };
-
-// A folder in memory for the files the inputs need written, not kept; removed at exit.
-inline const std::string& MemoryFolder() {
-  static const auto* path = new std::string("/dev/shm/tarnline-fuzz-" + std::to_string(getpid()));
-  static const bool made = std::filesystem::create_directory(*path) &&
-                           std::atexit([] { std::filesystem::remove_all(*path); }) == 0;
-  if (!made) std::abort();
-  return *path;
-}
 
 }  // namespace tarn::test

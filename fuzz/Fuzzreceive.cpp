@@ -58,7 +58,8 @@ struct Decoder {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static test::FuzzWindow window(test::MemoryFolder());
+  static const test::TempFolder memory("/dev/shm");  // DEBUG.TXT is written, not kept
+  static test::FuzzWindow window(memory.Path());
   window.Run([&](test::FuzzWindow& h) {
     IcomWindow& w = *h.w;
     // The monitor on for one input in eight, DEBUG.TXT for one in 64: each read rescans the

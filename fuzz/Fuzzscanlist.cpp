@@ -8,7 +8,8 @@
 using namespace tarn;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const std::string path = test::MemoryFolder() + "/scanlist.txt";
+  static const test::TempFolder memory("/dev/shm");
+  static const std::string path = memory.File("scanlist.txt");
   static const int file = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
   static test::FuzzWindow window;
   if (pwrite(file, data, size, 0) != static_cast<ssize_t>(size) || ftruncate(file, size) != 0)
