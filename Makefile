@@ -11,10 +11,11 @@ ASAN := build/asan
 TSAN := build/tsan
 FUZZ := build/fuzz
 FUZZ_SECONDS ?= 30
+FUZZ_CAMPAIGN_SECONDS ?= 1200
 PREFIX ?= /usr/local
 
 .PHONY: all deps build test test-release test-asan test-tsan test-fuzz test-package test-ratio fuzz \
-        run bench install package clean
+        run bench install package clean fuzz-build fuzz-campaign
 
 all: build
 
@@ -47,11 +48,18 @@ test-tsan: deps
 
 # Every fuzz target for FUZZ_SECONDS under ASan and UBSan, from the seed corpus in fuzz/corpus.
 # A longer run: make fuzz FUZZ_SECONDS=3600
-test-fuzz: deps
+test-fuzz: fuzz-build
+	scripts/run-fuzzers.sh $(FUZZ)/fuzz $(FUZZ_SECONDS)
+
+fuzz-build: deps
 	CC=clang CXX=clang++ cmake -S . -B $(FUZZ) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTARNLINE_FUZZ=ON \
 	  -DTARNLINE_QT=OFF -DBUILD_TESTING=OFF -DTARNLINE_BENCH=OFF >/dev/null
 	cmake --build $(FUZZ) -j $(JOBS) --target fuzz_receive fuzz_scanlist fuzz_fields
-	scripts/run-fuzzers.sh $(FUZZ)/fuzz $(FUZZ_SECONDS)
+
+# Each fuzz target until it has run 10^7 inputs or FUZZ_CAMPAIGN_SECONDS have passed, one after the
+# other; what they found is merged into fuzz/corpus, minimised, for the test command to start from.
+fuzz-campaign: fuzz-build
+	scripts/fuzz-campaign.sh $(FUZZ)/fuzz 10000000 $(FUZZ_CAMPAIGN_SECONDS)
 
 fuzz: test-fuzz
 

@@ -181,6 +181,9 @@ class IcomWindow {
   void AddToDebugFile(std::string_view text);
   void AddToParseDebugFile(std::string_view text);
   void init();
+  // Back to the state a new window has after init, without building one; the port stays as it is.
+  // The program never calls it: a harness that runs many inputs through one window does.
+  void Restart();
   void UpdateFreq(double frequency);
   void UpdateMode(i64 mode, i64 filter);
   void SetMode();
@@ -194,6 +197,7 @@ class IcomWindow {
  private:
   void CreateControls();
   void AttachHandlers();
+  void SleepWhenIdle();
   void AddMenuHandlers();
   void MsgBox(std::string_view text) { services_.messages.MsgBox(text); }
   std::optional<std::string> GetOpenFolderItem(std::string_view filter) {

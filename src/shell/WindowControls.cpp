@@ -115,8 +115,12 @@ void IcomWindow::AttachHandlers() {
   PopupFilter.Change = [this](PopupMenu& s) { PopupFilter_Change(s); };
   Timer2.Action = [this](Timer& t) { Timer2_Action(t); };
   EditUpdateRate.TextChange = [this](EditField& f) { EditUpdateRate_TextChange(f); };
-  // The pump and the ring sleep while a tick would find nothing: the line and SendSerialPacket
-  // wake them.
+  SleepWhenIdle();
+}
+
+// The pump and the ring sleep while a tick would find nothing: the line and SendSerialPacket wake
+// them.
+void IcomWindow::SleepWhenIdle() {
   Timer1.SleepWhenIdle([this] { return Serial1 && Serial1->WantsRead(); });
   Timer2.SleepWhenIdle([this] { return RingWaiting() > 0; });
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A fresh folder under the system's temporary folder, removed with everything in it.
+// A fresh folder under the system's temporary folder, or under another, removed with everything in
+// it.
 #pragma once
 
 #include <filesystem>
@@ -11,8 +12,8 @@ namespace tarn::test {
 
 class TempFolder {
  public:
-  TempFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "tarnline-XXXXXX").string();
+  explicit TempFolder(const std::filesystem::path& under = std::filesystem::temp_directory_path()) {
+    std::string pattern = (under / "tarnline-XXXXXX").string();
     path_ = mkdtemp(pattern.data()) ? pattern : std::string();
   }
   ~TempFolder() {
