@@ -9,6 +9,8 @@ set -euo pipefail
 packages=(build-essential cmake pkg-config qt6-base-dev qt6-serialport-dev libgtest-dev libgmock-dev
           libbenchmark-dev fonts-dejavu-core clang libclang-rt-14-dev help2man dpkg-dev lintian
           desktop-file-utils appstream)
+# gensio reaches serial lines on other machines; ser2net and openssl serve one to its test.
+packages+=(libgensio-dev ser2net openssl)
 if [[ "${1:-}" == "run" ]]; then
   packages+=(xvfb xauth imagemagick)
 fi

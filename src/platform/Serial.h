@@ -32,6 +32,9 @@ struct LineSettings {
 
 int BaudForCode(i64 code);
 
+// The one message to the user, for a port that will not open.
+inline constexpr std::string_view kOpenFailure = "Failure to open serial  port!!";
+
 // An open line, as a backend gives it.
 class SerialDevice {
  public:
@@ -49,6 +52,12 @@ class SerialDevice {
   virtual int Descriptor() const { return -1; }
   // Output the line did not take yet, which goes out at the next read or write.
   virtual bool HoldsOutput() const { return false; }
+  // A line that opens in the background (over a network) answers true, with the reason, once it
+  // has given up opening; it reads as lost from then on. A local line opens before Open returns.
+  virtual bool GaveUp(std::string& /*why*/) { return false; }
+  // A lasting state of the line the user should see (a setting the far end would not take), new
+  // since the last call; empty when there is none.
+  virtual std::string TakeNotice() { return {}; }
 };
 
 class SerialDriver {
@@ -91,6 +100,8 @@ class Serial {
  private:
   LineSettings Settings() const;
   void NoteLoss();
+  void GiveUp(const std::string& why);
+  bool Settle();
 
   SerialDriver& driver_;
   LogSink& log_;

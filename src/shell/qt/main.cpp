@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "link/IcomWindow.h"
-#include "platform/PosixSerial.h"
+#include "platform/GensioSerial.h"
 #include "platform/qt/QtClock.h"
 #include "platform/qt/QtPorts.h"
 #include "platform/qt/QtServices.h"
@@ -36,14 +36,14 @@ AppVersion BuildVersion() {
 // Members go in reverse order: the view before the model it mirrors, the model (and its timers)
 // before the clock, the demo radio after the window has closed its end of the line.
 struct Program {
-  explicit Program(const FileType& textType)
-      : files({{textType.MacType, QStringLiteral("Text files (*.txt *.TXT)")}}) {}
+  Program(const FileType& textType, SerialDriver& lines)
+      : files({{textType.MacType, QStringLiteral("Text files (*.txt *.TXT)")}}), serial(lines) {}
 
   QtClock clock;
   QtLog log;
   QtMessages messages;
   QtFileChooser files;
-  PosixSerialDriver serial;
+  SerialDriver& serial;
   GrowingPortCatalog ports{MachinePorts};
   App app;
   std::unique_ptr<sim::PtyRadio> demoRadio;
@@ -97,9 +97,9 @@ void ScheduleScripted(const Options& o, MainWindow& view) {
   }
 }
 
-int Run(const Options& o) {
+int Run(const Options& o, SerialDriver& lines) {
   const FileType textType;
-  Program p(textType);
+  Program p(textType, lines);
   p.app.version = BuildVersion();
   QCoreApplication::setApplicationVersion(QString::fromStdString(p.app.version.ShortVersion));
   std::vector<std::string> given = o.ports;
@@ -141,6 +141,8 @@ int main(int argc, char** argv) {
     std::cout << "tarnline " << TARNLINE_VERSION << "\n";
     return 0;
   }
+  // Before Qt starts threads: every thread made later inherits the blocked wake signal of gensio.
+  tarn::LineDriver lines;
   // Qt sees no arguments: ours are parsed already, and Qt's own settings come from the
   // environment, so a port path can never be taken for a Qt option.
   int qtArgc = 1;
@@ -149,7 +151,7 @@ int main(int argc, char** argv) {
   // The last catch: an exception out of start-up is said once, and the program ends with an error
   // status instead of an abort.
   try {
-    return tarn::Run(parsed.options);
+    return tarn::Run(parsed.options, lines);
   } catch (const std::exception& e) {
     std::cerr << "tarnline: unexpected error: " << e.what() << "\n";
   } catch (...) {
