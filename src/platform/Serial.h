@@ -31,6 +31,7 @@ struct LineSettings {
 };
 
 int BaudForCode(i64 code);
+inline constexpr int kBaudRows = 14;  // codes 0..13
 
 // The one message to the user, for a port that will not open.
 inline constexpr std::string_view kOpenFailure = "Failure to open serial  port!!";

@@ -16,6 +16,11 @@ struct Options {
   int statusAfterMs = -1;  // -1: never
   int quitAfterMs = -1;
   std::string screenshot;  // a PNG path; empty: none
+  // Choices made once start-up is done, as a user makes them; -1 or empty: left as they start.
+  int baudRow = -1;     // --baud: the Baud Rate row of that speed
+  std::string radioId;  // --radio-id, hex
+  std::string ourId;    // --our-id, hex
+  int bytesRow = -1;    // --bytes: row 0 is 4 bytes, row 1 is 5
 };
 
 struct ParsedOptions {

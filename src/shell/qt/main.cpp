@@ -72,6 +72,14 @@ void AskOnce(IcomWindow& w) {
   w.ReqMode(radio);
 }
 
+// The controls the command line chose, set as a user sets them, so their events follow.
+void ApplyStartChoices(const Options& o, IcomWindow& w) {
+  if (!o.ourId.empty()) w.OurIDEditFieldHex.SetText(o.ourId);
+  if (!o.radioId.empty()) w.EditRadioIDHex.SetText(o.radioId);
+  if (o.bytesRow >= 0) w.PopupFreqBytes.SetListIndex(o.bytesRow);
+  if (o.baudRow >= 0) w.BaudPopup.SetListIndex(o.baudRow);
+}
+
 void PrintStatus(const MainWindow& view) {
   std::cout << view.StatusLine().toStdString() << std::endl;
 }
@@ -116,6 +124,7 @@ int Run(const Options& o, SerialDriver& lines) {
   p.messages.SetParent(p.view.get());
   p.files.SetParent(p.view.get());
   p.view->ShowAndStart();
+  ApplyStartChoices(o, *p.window);
   if (o.demo) AskOnce(*p.window);
   ScheduleScripted(o, *p.view);
   QuitOnSignals(*p.view->MenuAction("FileQuit"));
