@@ -5,17 +5,17 @@
 #include <gensio/sergensio.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
-#include <poll.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <condition_variable>
-#include <cstdlib>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <deque>
 #include <filesystem>
 #include <mutex>
@@ -39,6 +39,7 @@ constexpr int kKeepIdleS = 20;
 constexpr int kKeepIntervalS = 10;
 constexpr int kKeepProbes = 4;
 constexpr unsigned kUserTimeoutMs = 60'000;  // output unacknowledged for this long: gone too
+constexpr std::chrono::milliseconds kCloseWait{1000};
 
 void LogGensio(gensio_os_funcs*, gensio_log_levels level, const char* log, va_list args) {
   if (level > GENSIO_LOG_WARNING) return;
@@ -78,8 +79,8 @@ struct Link {
   std::optional<LineSettings> settings;
   bool settingsDue = false;
   gensio* io = nullptr;
-  bool opening = false;       // the opening thread is inside gensio_open
-  bool released = false;      // the device let go
+  bool opening = false;   // the opening thread is inside gensio_open
+  bool released = false;  // the device let go
   bool closeStarted = false;
   std::shared_ptr<Link> self;  // held while `io` exists
 };
@@ -125,6 +126,7 @@ struct GensioSerialDriver::Loop {
 
   std::shared_ptr<Link> parked;
   std::string parkedPath;
+  std::weak_ptr<Link> released;  // the connection let go last, which may be closing still
 };
 
 namespace {
@@ -138,6 +140,7 @@ void CloseDone(gensio* io, void* data) {
   std::lock_guard lock(link.m);
   link.io = nullptr;
   last = std::move(link.self);
+  link.changed.notify_all();
 }
 
 void Fail(Link& link, Link::State state, std::string why) {
@@ -175,11 +178,11 @@ void SpeedSet(sergensio*, int err, unsigned int value, void* data) {
     if (link.settings) wanted = static_cast<unsigned int>(link.settings->baud);
   }
   if (err != 0) {
-    Notice(link, std::string("the far end sets no speed (") + gensio_err_to_str(err) +
-                     "): set it there");
+    Notice(link,
+           std::string("the far end sets no speed (") + gensio_err_to_str(err) + "): set it there");
   } else if (value != wanted) {
-    Notice(link, "the far end runs at " + std::to_string(value) + " baud, not " +
-                     std::to_string(wanted));
+    Notice(link,
+           "the far end runs at " + std::to_string(value) + " baud, not " + std::to_string(wanted));
   }
 }
 
@@ -192,14 +195,15 @@ void ApplySettings(gensio* io, Link& link, const LineSettings& s) {
   // No control waits for its answer: a far end that never acknowledges one stalls nothing.
   int err = sergensio_baud(sio, static_cast<unsigned>(s.baud), SpeedSet, &link);
   if (err != 0) {
-    Notice(link, std::string("the far end sets no speed (") + gensio_err_to_str(err) +
-                     "): set it there");
+    Notice(link,
+           std::string("the far end sets no speed (") + gensio_err_to_str(err) + "): set it there");
     return;
   }
   sergensio_datasize(sio, static_cast<unsigned>(s.dataBits), nullptr, nullptr);
   sergensio_parity(sio, parity, nullptr, nullptr);
   sergensio_stopbits(sio, static_cast<unsigned>(s.stopBits), nullptr, nullptr);
-  sergensio_flowcontrol(sio, s.xonXoff ? SERGENSIO_FLOWCONTROL_XON_XOFF : SERGENSIO_FLOWCONTROL_NONE,
+  sergensio_flowcontrol(sio,
+                        s.xonXoff ? SERGENSIO_FLOWCONTROL_XON_XOFF : SERGENSIO_FLOWCONTROL_NONE,
                         nullptr, nullptr);
 }
 
@@ -221,11 +225,10 @@ void KeepAlive(gensio* io) {
     if (::fstat(fd, &st) != 0 || !S_ISSOCK(st.st_mode) ||
         ::getsockname(fd, reinterpret_cast<sockaddr*>(&addr), &size) != 0)
       continue;
-    const int local = addr.ss_family == AF_INET
-                          ? ntohs(reinterpret_cast<sockaddr_in*>(&addr)->sin_port)
-                      : addr.ss_family == AF_INET6
-                          ? ntohs(reinterpret_cast<sockaddr_in6*>(&addr)->sin6_port)
-                          : -1;
+    const int local =
+        addr.ss_family == AF_INET    ? ntohs(reinterpret_cast<sockaddr_in*>(&addr)->sin_port)
+        : addr.ss_family == AF_INET6 ? ntohs(reinterpret_cast<sockaddr_in6*>(&addr)->sin6_port)
+                                     : -1;
     if (local != wanted) continue;
     const int on = 1;
     ::setsockopt(fd, SOL_SOCKET, SO_KEEPALIVE, &on, sizeof on);
@@ -260,7 +263,8 @@ int OnRead(Link& link, gensio* io, int err, const unsigned char* buf, gensiods* 
 void OnWriteReady(Link& link, gensio* io) {
   std::unique_lock lock(link.m);
   gensiods count = 0;
-  const int err = link.out.empty() ? 0 : gensio_write(io, &count, link.out.data(), link.out.size(), nullptr);
+  const int err =
+      link.out.empty() ? 0 : gensio_write(io, &count, link.out.data(), link.out.size(), nullptr);
   link.out.erase(0, count);
   const bool done = link.out.empty();
   lock.unlock();
@@ -335,8 +339,14 @@ void RunKicked(gensio_runner*, void* data) {
   for (const auto& link : links) Service(*link);
 }
 
-// On a thread of its own, as a name lookup may take long: makes the gensio and starts its open.
-void Connect(const std::shared_ptr<Link>& link, const std::string& spec) {
+// On a thread of its own, as a name lookup may take long: makes the gensio and starts its open,
+// once the connection let go last has closed: ser2net refuses a device it still holds.
+void Connect(const std::shared_ptr<Link>& link, const std::string& spec,
+             const std::shared_ptr<Link>& last) {
+  if (last) {
+    std::unique_lock lock(last->m);
+    last->changed.wait_for(lock, kCloseWait, [&] { return last->io == nullptr; });
+  }
   gensio* io = nullptr;
   const int err = str_to_gensio(spec.c_str(), link->loop.o, Event, link.get(), &io);
   if (err != 0) {
@@ -474,6 +484,7 @@ std::shared_ptr<Link> GensioSerialDriver::Loop::Unpark(const std::string& path) 
 
 void GensioSerialDriver::Loop::Release(const std::shared_ptr<Link>& link) {
   if (!link) return;
+  released = link;
   {
     std::lock_guard lock(link->m);
     link->released = true;
@@ -517,7 +528,9 @@ std::unique_ptr<SerialDevice> GensioSerialDriver::Open(const tarn::SerialPort& p
   if (std::shared_ptr<Link> again = loop_->Unpark(port.path))
     return std::make_unique<GensioDevice>(std::move(again), port.path);
   auto link = std::make_shared<Link>(*loop_);
-  std::thread([link, spec = net.gensio] { Connect(link, spec); }).detach();
+  std::thread([link, spec = net.gensio, last = loop_->released.lock()] {
+    Connect(link, spec, last);
+  }).detach();
   // The deadline is kept apart from the opening thread, which a name lookup may hold for longer.
   std::thread([link] {
     std::unique_lock lock(link->m);

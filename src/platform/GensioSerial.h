@@ -6,9 +6,9 @@
 // window: bytes it receives wait in the line's buffer, and an eventfd, the line's Descriptor, wakes
 // the event loop, which reads them on its own thread. Opening goes on in the background, so the
 // window never waits on a name lookup or a host that does not answer: Open returns a line at once,
-// and a line that has not connected within kOpenTimeout gives up (GaveUp), which the window shows as
-// a port that would not open. Output waits in a bounded buffer of ours while the line connects or
-// the far end reads slowly; a frame that does not fit is dropped whole.
+// and a line that has not connected within kOpenTimeout gives up (GaveUp), which the window shows
+// as a port that would not open. Output waits in a bounded buffer of ours while the line connects
+// or the far end reads slowly; a frame that does not fit is dropped whole.
 #pragma once
 
 #include <chrono>

@@ -6,8 +6,8 @@
 namespace tarn {
 
 int BaudForCode(i64 code) {
-  static constexpr std::array<int, kBaudRows> kBauds = {300,  600,  1200,  1800,  2400,  3600,  4800,
-                                                 7200, 9600, 14400, 19200, 28800, 38400, 57600};
+  static constexpr std::array<int, kBaudRows> kBauds = {
+      300, 600, 1200, 1800, 2400, 3600, 4800, 7200, 9600, 14400, 19200, 28800, 38400, 57600};
   if (code < 0 || code >= static_cast<i64>(kBauds.size())) return 9600;
   return kBauds[static_cast<std::size_t>(code)];
 }
