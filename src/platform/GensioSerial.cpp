@@ -58,7 +58,12 @@ struct Link {
 
   explicit Link(GensioSerialDriver::Loop& loop)
       : loop(loop), wake(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {}
-  ~Link() { ::close(wake); }
+  // The gensio is freed only here, so that a call into it from any thread that holds the link
+  // never meets a freed one; once closed it calls nothing of ours.
+  ~Link() {
+    if (io != nullptr) gensio_free(io);
+    ::close(wake);
+  }
 
   void Signal() const {
     const std::uint64_t one = 1;
@@ -82,6 +87,7 @@ struct Link {
   bool opening = false;   // the opening thread is inside gensio_open
   bool released = false;  // the device let go
   bool closeStarted = false;
+  bool closed = false;
   std::shared_ptr<Link> self;  // held while `io` exists
 };
 
@@ -133,12 +139,11 @@ namespace {
 
 void Service(Link& link);
 
-void CloseDone(gensio* io, void* data) {
+void CloseDone(gensio*, void* data) {
   auto& link = *static_cast<Link*>(data);
-  gensio_free(io);
   std::shared_ptr<Link> last;
   std::lock_guard lock(link.m);
-  link.io = nullptr;
+  link.closed = true;
   last = std::move(link.self);
   link.changed.notify_all();
 }
@@ -260,15 +265,17 @@ int OnRead(Link& link, gensio* io, int err, const unsigned char* buf, gensiods* 
   return 0;
 }
 
-void OnWriteReady(Link& link, gensio* io) {
+// Sends what waits, at once where the socket takes it: the write callback, which costs gensio's
+// thread another wake-up, stays on only while some is left.
+void Send(Link& link, gensio* io) {
   std::unique_lock lock(link.m);
   gensiods count = 0;
   const int err =
       link.out.empty() ? 0 : gensio_write(io, &count, link.out.data(), link.out.size(), nullptr);
   link.out.erase(0, count);
-  const bool done = link.out.empty();
+  const bool left = !link.out.empty();
   lock.unlock();
-  if (done || err != 0) gensio_set_write_callback_enable(io, false);
+  gensio_set_write_callback_enable(io, left && err == 0);
   if (err != 0) {
     Fail(link, Link::State::Lost, gensio_err_to_str(err));
     Service(link);
@@ -282,7 +289,7 @@ int Event(gensio* io, void* data, int event, int err, unsigned char* buf, gensio
     case GENSIO_EVENT_READ:
       return OnRead(link, io, err, buf, buflen);
     case GENSIO_EVENT_WRITE_READY:
-      OnWriteReady(link, io);
+      Send(link, io);
       return 0;
     default:
       return GE_NOTSUP;
@@ -311,7 +318,7 @@ void OpenDone(gensio* io, int err, void* data) {
 void Service(Link& link) {
   std::unique_lock lock(link.m);
   gensio* const io = link.io;
-  if (io == nullptr || link.opening || link.closeStarted) return;
+  if (io == nullptr || link.opening || link.closeStarted || link.closed) return;
   if (link.released || link.state == Link::State::Failed || link.state == Link::State::Lost) {
     link.closeStarted = true;
     lock.unlock();
@@ -325,7 +332,7 @@ void Service(Link& link) {
   const LineSettings settings = link.settings.value_or(LineSettings{});
   lock.unlock();
   if (resume) gensio_set_read_callback_enable(io, true);
-  if (send) gensio_set_write_callback_enable(io, true);
+  if (send) Send(link, io);
   if (apply) ApplySettings(io, link, settings);
 }
 
@@ -345,7 +352,7 @@ void Connect(const std::shared_ptr<Link>& link, const std::string& spec,
              const std::shared_ptr<Link>& last) {
   if (last) {
     std::unique_lock lock(last->m);
-    last->changed.wait_for(lock, kCloseWait, [&] { return last->io == nullptr; });
+    last->changed.wait_for(lock, kCloseWait, [&] { return last->closed || last->io == nullptr; });
   }
   gensio* io = nullptr;
   const int err = str_to_gensio(spec.c_str(), link->loop.o, Event, link.get(), &io);
@@ -410,15 +417,28 @@ class GensioDevice : public SerialDevice {
     if (resume) link_->loop.Kick(link_);
   }
 
+  // Straight to the socket while nothing waits before it, so that a frame costs gensio's thread
+  // no wake-up; what the socket does not take waits for its write callback.
   bool Write(std::string_view bytes) override {
-    {
-      std::lock_guard lock(link_->m);
-      if (link_->state == Link::State::Failed || link_->state == Link::State::Lost) return false;
-      if (link_->out.size() + bytes.size() > kMaxPendingOut) return false;
+    std::unique_lock lock(link_->m);
+    if (link_->state == Link::State::Failed || link_->state == Link::State::Lost) return false;
+    if (link_->out.size() + bytes.size() > kMaxPendingOut) return false;
+    gensio* const io = link_->io;
+    const bool open = link_->state == Link::State::Open && !link_->closeStarted;
+    if (!open || !link_->out.empty()) {
       link_->out.append(bytes);
-      if (link_->state != Link::State::Open) return true;  // goes out once connected
+      lock.unlock();
+      if (open) link_->loop.Kick(link_);
+      return true;  // or goes out once connected
     }
-    link_->loop.Kick(link_);
+    lock.unlock();
+    gensiods count = 0;
+    if (gensio_write(io, &count, bytes.data(), bytes.size(), nullptr) != 0) count = bytes.size();
+    if (count == bytes.size()) return true;
+    lock.lock();
+    link_->out.insert(0, bytes.substr(count));
+    lock.unlock();
+    gensio_set_write_callback_enable(io, true);
     return true;
   }
 
