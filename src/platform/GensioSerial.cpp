@@ -56,14 +56,8 @@ void LogGensio(gensio_os_funcs*, gensio_log_levels level, const char* log, va_li
 struct Link {
   enum class State { Connecting, Open, Failed, Lost };
 
-  explicit Link(GensioSerialDriver::Loop& loop)
-      : loop(loop), wake(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {}
-  // The gensio is freed only here, so that a call into it from any thread that holds the link
-  // never meets a freed one; once closed it calls nothing of ours.
-  ~Link() {
-    if (io != nullptr) gensio_free(io);
-    ::close(wake);
-  }
+  explicit Link(GensioSerialDriver::Loop& loop);
+  ~Link();
 
   void Signal() const {
     const std::uint64_t one = 1;
@@ -100,6 +94,8 @@ struct GensioSerialDriver::Loop {
   bool stopping = false;
   std::mutex m;
   std::deque<std::shared_ptr<Link>> kicked;
+  int links = 0;  // alive, closing ones too: the driver waits for them before it frees gensio
+  std::condition_variable linkGone;
 
   void Start() {
     std::lock_guard lock(m);
@@ -134,6 +130,22 @@ struct GensioSerialDriver::Loop {
   std::string parkedPath;
   std::weak_ptr<Link> released;  // the connection let go last, which may be closing still
 };
+
+Link::Link(GensioSerialDriver::Loop& loop)
+    : loop(loop), wake(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {
+  std::lock_guard lock(loop.m);
+  ++loop.links;
+}
+
+// The gensio is freed only here, so that a call into it from any thread that holds the link never
+// meets a freed one; once closed it calls nothing of ours.
+Link::~Link() {
+  if (io != nullptr) gensio_free(io);
+  ::close(wake);
+  std::lock_guard lock(loop.m);
+  --loop.links;
+  loop.linkGone.notify_all();
+}
 
 namespace {
 
@@ -522,15 +534,22 @@ GensioSerialDriver::GensioSerialDriver() : loop_(std::make_unique<Loop>()) {
 }
 
 // Connections still closing are left to the end of the process.
+// Closes what is still open, waiting a little for the far ends, then frees gensio.
 GensioSerialDriver::~GensioSerialDriver() {
+  if (loop_->o == nullptr) return;
   if (loop_->thread.joinable()) {
-    {
-      std::lock_guard lock(loop_->m);
-      loop_->stopping = true;
-    }
+    LetGo();
+    std::unique_lock lock(loop_->m);
+    loop_->linkGone.wait_for(lock, kCloseWait, [&] { return loop_->links == 0; });
+    loop_->stopping = true;
+    lock.unlock();
     gensio_os_funcs_wake(loop_->o, loop_->waiter);
     loop_->thread.join();
   }
+  if (loop_->runner != nullptr) gensio_os_funcs_free_runner(loop_->o, loop_->runner);
+  if (loop_->waiter != nullptr) gensio_os_funcs_free_waiter(loop_->o, loop_->waiter);
+  if (loop_->proc != nullptr) gensio_os_proc_cleanup(loop_->proc);
+  gensio_os_funcs_free(loop_->o);
 }
 
 std::unique_ptr<SerialDevice> GensioSerialDriver::Open(const tarn::SerialPort& port,
