@@ -34,11 +34,13 @@ constexpr std::size_t kMaxPendingOut = 64 * 1024;
 // Received bytes the window has not read yet; beyond this gensio stops reading, and TCP holds the
 // rest at the far end.
 constexpr std::size_t kMaxPendingIn = 64 * 1024;
-// A connection that died without a word shows within a minute: 20 s idle, then 4 probes 10 s apart.
-constexpr int kKeepIdleS = 20;
+// A connection that died without a word shows within a minute: 15 s idle, then 4 probes 10 s
+// apart; output unacknowledged for 50 s counts as dead too.
+constexpr int kKeepIdleS = 15;
 constexpr int kKeepIntervalS = 10;
 constexpr int kKeepProbes = 4;
-constexpr unsigned kUserTimeoutMs = 60'000;  // output unacknowledged for this long: gone too
+constexpr unsigned kUserTimeoutMs = 50'000;
+// How long a new connection waits for the one let go before it to close.
 constexpr std::chrono::milliseconds kCloseWait{1000};
 
 void LogGensio(gensio_os_funcs*, gensio_log_levels level, const char* log, va_list args) {
