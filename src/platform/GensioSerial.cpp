@@ -53,8 +53,8 @@ void LogGensio(gensio_os_funcs*, gensio_log_levels level, const char* log, va_li
 }  // namespace
 
 // One connection. The event loop's thread, the thread that opens it and gensio's thread share it
-// under `m`; every call into the gensio itself is made on gensio's thread (or, before it is open,
-// by the opening thread), so that nothing can free it under another thread's call.
+// under `m`. The gensio is freed only with the link, so any thread that holds the link may call
+// into it: the window's thread writes to it straight, gensio's thread does all else.
 struct Link {
   enum class State { Connecting, Open, Failed, Lost };
 
@@ -84,7 +84,7 @@ struct Link {
   bool released = false;  // the device let go
   bool closeStarted = false;
   bool closed = false;
-  std::shared_ptr<Link> self;  // held while `io` exists
+  std::shared_ptr<Link> self;  // held from the open until the gensio has closed
 };
 
 struct GensioSerialDriver::Loop {
