@@ -10,6 +10,8 @@
 #       --demo         the simulated radio, polled each second, answering;
 #       quiet port     --port on a pseudo-terminal whose other end is held open and sends nothing;
 #       no port given  only the machine's own ports, if it has any;
+#       network port   tcp:// to a local ser2net serving such a quiet pseudo-terminal; its line also
+#                      counts the wake-ups of every thread, gensio's among them.
 #     and --demo and the quiet port again with --capture to a file.
 # Usage: bench/app_metrics.sh [BINARY] [IDLE_SECONDS]
 # Without a display it runs itself under xvfb-run, or on the offscreen platform when that is
@@ -109,9 +111,32 @@ demo_capture_line=$(idle_run "--demo --capture" --demo --capture "$work/demo.pca
 quiet_capture_line=$(idle_run "quiet port --capture" --port "$(head -1 "$work/pty")" \
   --capture "$work/quiet.pcapng")
 
+# The network port: ser2net on 127.0.0.1 serves the quiet pseudo-terminal over raw TCP.
+all_switches() { cat /proc/"$1"/task/*/status | awk '/^voluntary_ctxt_switches/ {s += $2} END {print s}'; }
+net_line="idle, network port: ser2net is not installed"
+if [[ -x /usr/sbin/ser2net ]]; then
+  net_port=$(python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])')
+  printf 'connection: &quiet\n  accepter: tcp,127.0.0.1,%s\n  connector: serialdev,%s,9600n81,local\n' \
+    "$net_port" "$(head -1 "$work/pty")" >"$work/ser2net.yaml"
+  /usr/sbin/ser2net -n -c "$work/ser2net.yaml" >/dev/null 2>&1 &
+  ser2net_pid=$!
+  sleep 0.5
+  "$binary" --port "tcp://127.0.0.1:$net_port" >/dev/null 2>&1 &
+  net_pid=$!
+  sleep "$settle_s"
+  a0=$(all_switches "$net_pid"); t0=$EPOCHREALTIME
+  net_line=$(idle_figures "$net_pid" "network port")
+  a1=$(all_switches "$net_pid"); t1=$EPOCHREALTIME
+  net_line+=$(awk -v a="$((a1 - a0))" -v t0="${t0//[.,]/}" -v t1="${t1//[.,]/}" \
+    'BEGIN { printf ", %.1f wake-ups/s of all threads", a / ((t1 - t0) / 1e6) }')
+  kill -TERM "$net_pid" "$ser2net_pid"
+  wait "$net_pid" "$ser2net_pid" || true
+fi
+
 printf "%-34s %s\n" "platform:" "${QT_QPA_PLATFORM:-xcb (DISPLAY=$DISPLAY)}"
 printf "%-34s %d ms\n" "start to first frequency shown:" "$first_freq_ms"
 awk -v peak="$peak_kb" -v hwm="$hwm_kb" \
     'BEGIN { printf "%-34s %.1f MiB (VmHWM %.1f MiB)\n", "peak resident memory:", peak / 1024, hwm / 1024 }'
 printf "%-34s %s\n" "exit status after SIGTERM:" "$exit_status"
-printf "%s\n" "$demo_line" "$quiet_line" "$none_line" "$demo_capture_line" "$quiet_capture_line"
+printf "%s\n" "$demo_line" "$quiet_line" "$none_line" "$demo_capture_line" "$quiet_capture_line" \
+  "$net_line"

@@ -37,7 +37,7 @@ expect_field Section hamradio
 expect_field Architecture "$(dpkg --print-architecture)"
 [[ "$(field Maintainer)" =~ ^[^@\<]+\ \<[^@\>]+@[^@\>]+\>$ ]] || fail "Maintainer '$(field Maintainer)'"
 depends=", $(field Depends),"
-for lib in libc6 libstdc++6 libqt6core6 libqt6widgets6 libqt6serialport6; do
+for lib in libc6 libstdc++6 libqt6core6 libqt6widgets6 libqt6serialport6 libgensio4; do
   [[ "$depends" == *", $lib "* || "$depends" == *", $lib,"* ]] || fail "Depends lacks $lib: $depends"
 done
 [[ "$(field Description)" == *"CI-V"*$'\n'*"simradio"* ]] || fail "Description: $(field Description)"

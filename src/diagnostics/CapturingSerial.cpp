@@ -38,6 +38,8 @@ class CapturingDevice : public SerialDevice {
     inner_->Readable();
     capture_.Readable();
   }
+  bool GaveUp(std::string& why) override { return inner_->GaveUp(why); }
+  std::string TakeNotice() override { return inner_->TakeNotice(); }
 
  private:
   std::unique_ptr<SerialDevice> inner_;

@@ -6,8 +6,8 @@
 namespace tarn {
 
 int BaudForCode(i64 code) {
-  static constexpr std::array<int, 14> kBauds = {300,  600,  1200,  1800,  2400,  3600,  4800,
-                                                 7200, 9600, 14400, 19200, 28800, 38400, 57600};
+  static constexpr std::array<int, kBaudRows> kBauds = {
+      300, 600, 1200, 1800, 2400, 3600, 4800, 7200, 9600, 14400, 19200, 28800, 38400, 57600};
   if (code < 0 || code >= static_cast<i64>(kBauds.size())) return 9600;
   return kBauds[static_cast<std::size_t>(code)];
 }
@@ -57,20 +57,42 @@ void Serial::NoteLoss() {
                      " is gone: choose it again under Serial Port once it is back.");
 }
 
+// A line that opens in the background and gives up ends as an Open that gave false: the same
+// message, and no device left.
+void Serial::GiveUp(const std::string& why) {
+  log_.DebugLog("cannot open serial port " + SerialPort.path + ": " + why);
+  Close();
+  status_.MsgBox(kOpenFailure);
+}
+
+// After each read and write: a line that gave up opening goes, and what the line has to say is
+// said. False when no device is left.
+bool Serial::Settle() {
+  if (std::string why; device_->GaveUp(why)) {
+    GiveUp(why);
+    return false;
+  }
+  if (const std::string notice = device_->TakeNotice(); !notice.empty()) {
+    log_.DebugLog("serial port " + SerialPort.path + ": " + notice);
+    status_.ShowStatus("Serial port " + SerialPort.Name + ": " + notice);
+  }
+  if (device_->Lost()) NoteLoss();
+  return true;
+}
+
 std::string Serial::ReadAll() {
   std::string bytes;
   if (!device_) return bytes;
   device_->ReadAvailable(bytes);
-  if (device_->Lost()) NoteLoss();
+  if (!Settle()) return {};
   return bytes;
 }
 
 void Serial::Write(std::string_view bytes) {
   if (!device_) return;
   const bool taken = device_->Write(bytes);
-  if (device_->Lost()) {
-    NoteLoss();
-  } else if (!taken && !stallReported_) {
+  if (!Settle()) return;
+  if (!device_->Lost() && !taken && !stallReported_) {
     log_.DebugLog("serial port " + SerialPort.path + " takes no output: bytes dropped");
   }
   stallReported_ = !taken;

@@ -31,6 +31,10 @@ struct LineSettings {
 };
 
 int BaudForCode(i64 code);
+inline constexpr int kBaudRows = 14;  // codes 0..13
+
+// The one message to the user, for a port that will not open.
+inline constexpr std::string_view kOpenFailure = "Failure to open serial  port!!";
 
 // An open line, as a backend gives it.
 class SerialDevice {
@@ -51,6 +55,12 @@ class SerialDevice {
   virtual bool HoldsOutput() const { return false; }
   // The event loop saw the line readable: the next read's bytes arrived about now.
   virtual void Readable() {}
+  // A line that opens in the background (over a network) answers true, with the reason, once it
+  // has given up opening; it reads as lost from then on. A local line opens before Open returns.
+  virtual bool GaveUp(std::string& /*why*/) { return false; }
+  // A lasting state of the line the user should see (a setting the far end would not take), new
+  // since the last call; empty when there is none.
+  virtual std::string TakeNotice() { return {}; }
 };
 
 class SerialDriver {
@@ -96,6 +106,8 @@ class Serial {
  private:
   LineSettings Settings() const;
   void NoteLoss();
+  void GiveUp(const std::string& why);
+  bool Settle();
 
   SerialDriver& driver_;
   LogSink& log_;

@@ -45,7 +45,7 @@ void IcomWindow::SetSerialStuff(i64 port, i64 baud) {
   Serial1->Close();
   Serial1->SerialPort = System.SerialPort(port);
   if (!Serial1->Open()) {
-    MsgBox("Failure to open serial  port!!");
+    MsgBox(kOpenFailure);
     return;
   }
   Serial1->Baud = baud;

@@ -5,6 +5,8 @@
 #include <optional>
 #include <string_view>
 
+#include "platform/Serial.h"
+
 namespace tarn {
 
 namespace {
@@ -21,7 +23,19 @@ watch and set the radio's frequency, mode and filter.
   --port PATH          add a serial port the machine does not list (a pseudo-terminal such as
                        /dev/pts/7, a socat pair, a network serial port); repeatable. Ports given
                        here come first in Serial Port, in the order given, and the first one is
-                       opened at start. The machine's own ports follow.
+                       opened at start. The machine's own ports follow. A port on another machine
+                       (ser2net) is given as:
+                         tcp://HOST:PORT      raw TCP (also socket://HOST:PORT)
+                         rfc2217://HOST:PORT  telnet with RFC 2217: Baud Rate sets the far port
+                         gensio:STRING        a gensio string as it stands, e.g. TLS:
+                           gensio:telnet(rfc2217),ssl(CA=/path/ca.pem),tcp,HOST,PORT
+                       HOST is a name, an IPv4 address or an IPv6 address in brackets.
+  --baud N             choose the Baud Rate row of N baud once started: 300, 600, 1200, 1800,
+                       2400, 3600, 4800, 7200, 9600, 14400, 19200, 28800, 38400 or 57600 (the rows
+                       that read 1440 and 56700 run at 14400 and 57600)
+  --radio-id HEX       put HEX (00 to ff) in Radio ID once started
+  --our-id HEX         put HEX (00 to ff) in Our ID once started
+  --bytes 4|5          choose 4 or 5 frequency bytes once started
   --demo               start a simulated radio (address 08, 145.500 MHz, FM) inside the program on
                        a pseudo-terminal, put its port first and ask it once at start, so the
                        displays fill at once with no radio attached
@@ -75,9 +89,42 @@ Arg Split(std::string_view arg) {
   return {arg.substr(0, eq), arg.substr(eq + 1), true};
 }
 
+// The choices of the window's controls: a speed of the Baud Rate rows, a bus address, a
+// frequency length. The rows that read "1440" and "56700" run at 14400 and 57600 baud, and are
+// chosen by those speeds.
+bool IsChoice(std::string_view name) {
+  return name == "--baud" || name == "--radio-id" || name == "--our-id" || name == "--bytes";
+}
+
+bool IsAddress(std::string_view hex) {
+  return !hex.empty() && hex.size() <= 2 &&
+         hex.find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos;
+}
+
+std::string ApplyChoice(Options& o, std::string_view name, std::string_view value) {
+  const std::string bad = std::string(name) + " cannot take '" + std::string(value) + "': ";
+  if (name == "--radio-id" || name == "--our-id") {
+    if (!IsAddress(value)) return bad + "a bus address is 1 or 2 hex digits (00 to ff)";
+    (name == "--radio-id" ? o.radioId : o.ourId) = std::string(value);
+  } else if (name == "--bytes") {
+    if (value != "4" && value != "5") return bad + "4 or 5 frequency bytes";
+    o.bytesRow = value == "4" ? 0 : 1;
+  } else {
+    std::string speeds;
+    int found = -1;
+    for (int row = 0; row < kBaudRows; ++row) {
+      speeds += (row ? ", " : "") + std::to_string(BaudForCode(row));
+      if (value == std::to_string(BaudForCode(row))) found = row;
+    }
+    if (found < 0) return bad + "a speed of the Baud Rate rows: " + speeds;
+    o.baudRow = found;
+  }
+  return {};
+}
+
 bool TakesValue(std::string_view name) {
   return name == "--port" || name == "--status-after" || name == "--quit-after" ||
-         name == "--screenshot" || name == "--capture";
+         name == "--screenshot" || name == "--capture" || IsChoice(name);
 }
 
 // A flag without a value; false when there is no such flag.
@@ -100,6 +147,7 @@ bool ApplyFlag(Options& o, std::string_view name) {
 std::string ApplyValue(Options& o, std::string_view name, std::string_view value) {
   // "--port --demo" is a forgotten path, not a port named "--demo".
   if (value.empty() || value.starts_with("--")) return std::string(name) + " needs a value";
+  if (IsChoice(name)) return ApplyChoice(o, name, value);
   if (name == "--port") {
     o.ports.emplace_back(value);
   } else if (name == "--screenshot") {

@@ -17,6 +17,11 @@ struct Options {
   int quitAfterMs = -1;
   std::string screenshot;  // a PNG path; empty: none
   std::string capture;     // --capture: a pcapng file, "-" or a named pipe; empty: none
+  // Choices made once start-up is done, as a user makes them; -1 or empty: left as they start.
+  int baudRow = -1;     // --baud: the Baud Rate row of that speed
+  std::string radioId;  // --radio-id, hex
+  std::string ourId;    // --our-id, hex
+  int bytesRow = -1;    // --bytes: row 0 is 4 bytes, row 1 is 5
 };
 
 struct ParsedOptions {

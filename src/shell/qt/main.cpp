@@ -12,7 +12,7 @@
 
 #include "diagnostics/CapturingSerial.h"
 #include "link/IcomWindow.h"
-#include "platform/PosixSerial.h"
+#include "platform/GensioSerial.h"
 #include "platform/qt/QtClock.h"
 #include "platform/qt/QtPorts.h"
 #include "platform/qt/QtServices.h"
@@ -37,14 +37,14 @@ AppVersion BuildVersion() {
 // Members go in reverse order: the view before the model it mirrors, the model (and its timers)
 // before the clock, the demo radio after the window has closed its end of the line.
 struct Program {
-  explicit Program(const FileType& textType)
-      : files({{textType.MacType, QStringLiteral("Text files (*.txt *.TXT)")}}) {}
+  Program(const FileType& textType, SerialDriver& lines)
+      : files({{textType.MacType, QStringLiteral("Text files (*.txt *.TXT)")}}), serial(lines) {}
 
   QtClock clock;
   QtLog log;
   QtMessages messages;
   QtFileChooser files;
-  PosixSerialDriver serial;
+  SerialDriver& serial;
   std::unique_ptr<BusCapture> capture;
   std::unique_ptr<CapturingDriver> capturing;  // `serial`, seen by `capture`
   GrowingPortCatalog ports{MachinePorts};
@@ -73,6 +73,14 @@ void AskOnce(IcomWindow& w) {
   const i64 radio = w.FromHex(w.EditRadioIDHex.Text());
   w.ReqFreq(radio);
   w.ReqMode(radio);
+}
+
+// The controls the command line chose, set as a user sets them, so their events follow.
+void ApplyStartChoices(const Options& o, IcomWindow& w) {
+  if (!o.ourId.empty()) w.OurIDEditFieldHex.SetText(o.ourId);
+  if (!o.radioId.empty()) w.EditRadioIDHex.SetText(o.radioId);
+  if (o.bytesRow >= 0) w.PopupFreqBytes.SetListIndex(o.bytesRow);
+  if (o.baudRow >= 0) w.BaudPopup.SetListIndex(o.baudRow);
 }
 
 void PrintStatus(const MainWindow& view) {
@@ -113,9 +121,9 @@ void AttachCapture(Program& p, std::unique_ptr<BusCapture> capture, const std::s
   };
 }
 
-int Run(const Options& o, std::unique_ptr<BusCapture> capture) {
+int Run(const Options& o, SerialDriver& lines, std::unique_ptr<BusCapture> capture) {
   const FileType textType;
-  Program p(textType);
+  Program p(textType, lines);
   AttachCapture(p, std::move(capture), o.capture);
   p.app.version = BuildVersion();
   QCoreApplication::setApplicationVersion(QString::fromStdString(p.app.version.ShortVersion));
@@ -135,6 +143,7 @@ int Run(const Options& o, std::unique_ptr<BusCapture> capture) {
   p.messages.SetParent(p.view.get());
   p.files.SetParent(p.view.get());
   p.view->ShowAndStart();
+  ApplyStartChoices(o, *p.window);
   if (o.demo) AskOnce(*p.window);
   ScheduleScripted(o, *p.view);
   QuitOnSignals(*p.view->MenuAction("FileQuit"));
@@ -171,6 +180,8 @@ int main(int argc, char** argv) {
       return 2;
     }
   }
+  // Before Qt starts threads: every thread made later inherits the blocked wake signal of gensio.
+  tarn::LineDriver lines;
   // Qt sees no arguments: ours are parsed already, and Qt's own settings come from the
   // environment, so a port path can never be taken for a Qt option.
   int qtArgc = 1;
@@ -179,7 +190,7 @@ int main(int argc, char** argv) {
   // The last catch: an exception out of start-up is said once, and the program ends with an error
   // status instead of an abort.
   try {
-    return tarn::Run(parsed.options, std::move(capture));
+    return tarn::Run(parsed.options, lines, std::move(capture));
   } catch (const std::exception& e) {
     std::cerr << "tarnline: unexpected error: " << e.what() << "\n";
   } catch (...) {

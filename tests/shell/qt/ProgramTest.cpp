@@ -212,6 +212,9 @@ TEST(Options, BadCommandLinesAreRefusedWithStatusTwo) {
       {{"--status-after=-5"}, "--status-after needs milliseconds"},
       {{"--status-after", "5s"}, "--status-after needs milliseconds"},
       {{"--print-changes=yes"}, "--print-changes takes no value"},
+      {{"--baud", "56700"}, "--baud cannot take '56700'"},  // that row runs at 57600
+      {{"--radio-id", "100"}, "--radio-id cannot take"},
+      {{"--bytes", "6"}, "--bytes cannot take"},
   };
   for (const auto& [args, error] : refused)
     EXPECT_EQ(ParseOptions(args).error.substr(0, error.size()), error);
@@ -224,6 +227,22 @@ TEST(Options, BadCommandLinesAreRefusedWithStatusTwo) {
     ASSERT_TRUE(program.waitForFinished(kPatienceMs));
     EXPECT_EQ(program.exitCode(), 2);
     EXPECT_TRUE(program.readAllStandardError().contains(said));
+  }
+}
+
+// The choices of the command line: the Baud Rate row of a speed, the addresses as given, the row
+// of a frequency length.
+TEST(Options, StartChoicesNameTheirRows) {
+  const std::tuple<std::vector<std::string>, int, std::string, std::string, int> cases[] = {
+      {{"--baud=14400", "--radio-id", "94", "--our-id", "E0"}, 9, "94", "E0", -1},
+      {{"--baud", "57600", "--radio-id=8", "--bytes", "5"}, 13, "8", "", 1},
+  };
+  for (const auto& [args, baud, radio, our, bytes] : cases) {
+    const ParsedOptions parsed = ParseOptions(args);
+    EXPECT_EQ(parsed.error, "");
+    EXPECT_EQ(std::tie(parsed.options.baudRow, parsed.options.radioId, parsed.options.ourId,
+                       parsed.options.bytesRow),
+              std::tie(baud, radio, our, bytes));
   }
 }
 
