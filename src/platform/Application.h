@@ -8,12 +8,12 @@ namespace tarn {
 
 struct AppVersion {
   int MajorVersion = 1;
-  int MinorVersion = 2;
+  int MinorVersion = 3;
   int BugVersion = 0;
   int StageCode = 0;
   int NonReleaseVersion = 0;
-  std::string LongVersion = "Tarnline 1.2.0";
-  std::string ShortVersion = "1.2.0";
+  std::string LongVersion = "Tarnline 1.3.0";
+  std::string ShortVersion = "1.3.0";
   std::string PackageInfo;
 };
 
