@@ -9,6 +9,8 @@ set -euo pipefail
 packages=(build-essential cmake pkg-config qt6-base-dev qt6-serialport-dev libgtest-dev libgmock-dev
           libbenchmark-dev fonts-dejavu-core clang libclang-rt-14-dev help2man dpkg-dev lintian
           desktop-file-utils appstream)
+# The screen reader's test: an X server, a D-Bus session with the AT-SPI bus, and an AT-SPI client.
+packages+=(xvfb dbus at-spi2-core python3-pyatspi gir1.2-atspi-2.0 python3-gi)
 if [[ "${1:-}" == "run" ]]; then
   packages+=(xvfb xauth imagemagick)
 fi
