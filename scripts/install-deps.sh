@@ -12,6 +12,8 @@ packages=(build-essential cmake pkg-config qt6-base-dev qt6-serialport-dev libgt
 packages+=(tshark)  # reads the bus captures back in the tests
 # gensio reaches serial lines on other machines; ser2net and openssl serve one to its test.
 packages+=(libgensio-dev ser2net openssl)
+# The screen reader's test: an X server, a D-Bus session with the AT-SPI bus, and an AT-SPI client.
+packages+=(xvfb dbus at-spi2-core python3-pyatspi gir1.2-atspi-2.0 python3-gi)
 if [[ "${1:-}" == "run" ]]; then
   packages+=(xvfb xauth imagemagick)
 fi

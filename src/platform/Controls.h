@@ -52,6 +52,11 @@ class Control {
   int tabIndex = -1;
   int textSize = 0;
   std::uint32_t textColor = 0;  // 0x00RRGGBB
+  // What a screen reader says of the control, in the window's words: a name where its own text
+  // does not say what it is, and a description where the name alone leaves a newcomer guessing.
+  // A static text with a name is a display: the name stays while its text changes.
+  std::string accessibleName;
+  std::string accessibleDescription;
 
   std::function<void()> viewChanged;
 
@@ -130,6 +135,8 @@ class StaticText : public Control {
   void InitText(std::string text) { text_ = std::move(text); }
   const std::string& Text() const { return text_; }
   void SetText(std::string text);
+  // The control this text names on screen, so that a screen reader finds the two together.
+  const Control* labelFor = nullptr;
 
  private:
   std::string text_;

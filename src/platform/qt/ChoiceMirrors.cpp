@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/qt/Accessible.h"
 #include "platform/qt/ControlMirror.h"
 
 namespace tarn {
@@ -71,10 +72,12 @@ class PopupMirror : public ControlMirror {
   std::vector<std::string> rowsShown_;
 };
 
+// A label with an accessible name is a display: each new text of it is told to a screen reader,
+// and its appearing, as the jam indicator's, is told as an alert.
 class LabelMirror : public ControlMirror {
  public:
   LabelMirror(StaticText& model, QWidget* parent)
-      : ControlMirror(model, new QLabel(parent)), text_(model) {
+      : ControlMirror(model, new QLabel(parent)), text_(model), shown_(model.Visible()) {
     label_ = static_cast<QLabel*>(Widget());
     // What the radio or the port sends is shown as it is, never read as markup.
     label_->setTextFormat(Qt::PlainText);
@@ -83,13 +86,21 @@ class LabelMirror : public ControlMirror {
 
  protected:
   void ShowModel() override {
+    const bool display = !text_.accessibleName.empty();
     const QString text = ToQt(text_.Text());
-    if (label_->text() != text) label_->setText(text);
+    const QString before = label_->text();
+    if (before != text) {
+      label_->setText(text);
+      if (display) TellTextChanged(*label_, before, text);
+    }
+    if (display && text_.Visible() && !shown_) TellAlert(*label_);
+    shown_ = text_.Visible();
   }
 
  private:
   StaticText& text_;
   QLabel* label_ = nullptr;
+  bool shown_;
 };
 
 class CheckBoxMirror : public ControlMirror {
@@ -97,8 +108,9 @@ class CheckBoxMirror : public ControlMirror {
   CheckBoxMirror(CheckBox& model, QWidget* parent)
       : ControlMirror(model, new QCheckBox(parent)), check_(model) {
     box_ = static_cast<QCheckBox*>(Widget());
-    // clicked is the user's (mouse or space bar); setChecked from the model does not raise it.
-    connect(box_, &QCheckBox::clicked, this, [this](bool checked) {
+    // The user's click or space bar, and a screen reader's toggle action, which clicks nothing;
+    // the mirror's own setChecked is told apart by the guard.
+    connect(box_, &QCheckBox::toggled, this, [this](bool checked) {
       if (!Updating()) check_.SetValue(checked);
     });
     Attach();

@@ -3,13 +3,18 @@
 
 #include <QColor>
 #include <QFont>
+#include <QLabel>
 #include <QPalette>
 #include <algorithm>
+
+#include "platform/qt/Accessible.h"
 
 namespace tarn {
 
 ControlMirror::ControlMirror(Control& model, QWidget* widget) : model_(model), widget_(widget) {
   widget->setObjectName(QString::fromStdString(model.Name()));
+  widget->setAccessibleName(QString::fromStdString(model.accessibleName));
+  widget->setAccessibleDescription(QString::fromStdString(model.accessibleDescription));
 }
 
 ControlMirror::~ControlMirror() {
@@ -74,10 +79,12 @@ std::unique_ptr<ControlMirror> MakeMirror(Control& model, QWidget* parent) {
 }
 
 WindowMirrors::WindowMirrors(const std::vector<Control*>& controls, QWidget* parent) {
+  InstallNamedWidgetAccessibility();
   for (Control* control : controls) {
     if (auto mirror = MakeMirror(*control, parent)) mirrors_.push_back(std::move(mirror));
   }
   ChainTabOrder();
+  TieLabels();
 }
 
 ControlMirror* WindowMirrors::Find(std::string_view name) const {
@@ -97,6 +104,17 @@ void WindowMirrors::ChainTabOrder() {
   });
   for (std::size_t i = 1; i < focusable.size(); ++i) {
     QWidget::setTabOrder(focusable[i - 1]->Widget(), focusable[i]->Widget());
+  }
+}
+
+// A label's buddy is the label relation a screen reader follows. No label text holds a mnemonic,
+// so the buddy changes nothing on screen or on the keyboard.
+void WindowMirrors::TieLabels() {
+  for (const auto& m : mirrors_) {
+    if (m->Model().Kind() != ControlKind::StaticText) continue;
+    const Control* named = static_cast<const StaticText&>(m->Model()).labelFor;
+    if (ControlMirror* target = named ? Find(named->Name()) : nullptr)
+      static_cast<QLabel*>(m->Widget())->setBuddy(target->Widget());
   }
 }
 

@@ -59,7 +59,8 @@ class ControlMirror : public QObject {
 // no widget (its QTimer lives in the clock).
 std::unique_ptr<ControlMirror> MakeMirror(Control& model, QWidget* parent);
 
-// The mirrors of all controls of a window, with the keyboard focus chain in tab-index order.
+// The mirrors of all controls of a window, with the keyboard focus chain in tab-index order and
+// each label tied to the control it names.
 class WindowMirrors {
  public:
   WindowMirrors(const std::vector<Control*>& controls, QWidget* parent);
@@ -69,6 +70,7 @@ class WindowMirrors {
 
  private:
   void ChainTabOrder();
+  void TieLabels();
   std::vector<std::unique_ptr<ControlMirror>> mirrors_;
 };
 

@@ -8,6 +8,8 @@
 #include <QStatusBar>
 #include <algorithm>
 
+#include "platform/qt/Accessible.h"
+
 namespace tarn {
 
 namespace {
@@ -41,8 +43,13 @@ void QtMessages::ShowStatus(std::string_view text) {
   auto* window = qobject_cast<QMainWindow*>(parent_.data());
   if (!window) return;
   QStatusBar* bar = window->statusBar();
-  bar->showMessage(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
+  const QString message = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+  if (bar->currentMessage() == message) return;
+  bar->showMessage(message);
   bar->setVisible(!text.empty());
+  // The status bar tells a screen reader of its new message as a new name; a lost port is also
+  // news that must be heard at once.
+  if (!message.isEmpty()) TellAlert(*bar);
 }
 
 std::vector<QMessageBox*> QtMessages::OpenBoxes() const {

@@ -51,8 +51,9 @@ class LineEditMirror : public EditFieldMirror {
   LineEditMirror(EditField& model, QWidget* parent)
       : EditFieldMirror(model, new QLineEdit(parent)) {
     edit_ = static_cast<QLineEdit*>(Widget());
-    // textEdited comes from the user only (typing, cut, paste, undo), never from setText.
-    connect(edit_, &QLineEdit::textEdited, this, [this](const QString& text) {
+    // The user's typing, cut, paste and undo, and a screen reader's or another assistive tool's
+    // setText; the mirror's own setText is told apart by the guard.
+    connect(edit_, &QLineEdit::textChanged, this, [this](const QString& text) {
       if (!Updating()) field_.SetText(text.toStdString());
     });
     Attach();
