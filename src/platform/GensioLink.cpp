@@ -260,14 +260,14 @@ void RunKicked(gensio_runner*, void* data) {
 
 // On a thread of its own, as a name lookup may take long: makes the gensio and starts its open,
 // once the connection let go last has closed: ser2net refuses a device it still holds.
-void Connect(const std::shared_ptr<Link>& link, const std::string& spec,
+void Connect(const std::shared_ptr<Link>& link, const std::string& gensioString,
              const std::shared_ptr<Link>& last) {
   if (last) {
     std::unique_lock lock(last->m);
     last->changed.wait_for(lock, kCloseWait, [&] { return last->closed || last->io == nullptr; });
   }
   gensio* io = nullptr;
-  const int err = str_to_gensio(spec.c_str(), link->loop.o, Event, link.get(), &io);
+  const int err = str_to_gensio(gensioString.c_str(), link->loop.o, Event, link.get(), &io);
   if (err != 0) {
     Fail(*link, Link::State::Failed, gensio_err_to_str(err));
     return;

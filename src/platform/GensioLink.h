@@ -108,7 +108,7 @@ struct GensioSerialDriver::Loop {
 };
 
 void Fail(Link& link, Link::State state, std::string why);
-void Connect(const std::shared_ptr<Link>& link, const std::string& spec,
+void Connect(const std::shared_ptr<Link>& link, const std::string& gensioString,
              const std::shared_ptr<Link>& last);
 void RunKicked(gensio_runner*, void* data);
 

@@ -157,8 +157,8 @@ std::unique_ptr<SerialDevice> GensioSerialDriver::Open(const tarn::SerialPort& p
   if (std::shared_ptr<Link> again = loop_->Unpark(port.path))
     return std::make_unique<GensioDevice>(std::move(again), port.path);
   auto link = std::make_shared<Link>(*loop_);
-  std::thread([link, spec = net.gensio, last = loop_->released.lock()] {
-    Connect(link, spec, last);
+  std::thread([link, gensioString = net.gensio, last = loop_->released.lock()] {
+    Connect(link, gensioString, last);
   }).detach();
   // The deadline is kept apart from the opening thread, which a name lookup may hold for longer.
   std::thread([link] {
