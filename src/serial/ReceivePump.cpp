@@ -15,13 +15,12 @@ void IcomWindow::CheckSerial() {
   if (!Serial1) return;
   const std::string received = Serial1->ReadAll();
   if (received.empty()) return;
+  for (char c : received) ParseByte(static_cast<unsigned char>(c));
+  // The hex text is made only where it goes: most reads go to neither box.
+  if (!ShowDataCheck.Value() && !DebugCheckBox.Value()) return;
   std::string hex;
   hex.reserve(received.size() * 3);
-  for (char c : received) {
-    const auto byte = static_cast<unsigned char>(c);
-    AppendHexText(hex, byte);
-    ParseByte(byte);
-  }
+  for (char c : received) AppendHexText(hex, static_cast<unsigned char>(c));
   if (ShowDataCheck.Value()) {
     // The cut keeps the last 500 characters of the old text; the new text goes on behind them.
     const i64 length = Utf8Length(EditField1.Text());
