@@ -81,6 +81,11 @@ void Notice(Link& link, std::string text) {
   link.Signal();
 }
 
+void NoSpeed(Link& link, int err) {
+  Notice(link,
+         std::string("the far end sets no speed (") + gensio_err_to_str(err) + "): set it there");
+}
+
 // The one place that knows how this gensio version sets a far line (3.0 drops sergensio).
 #if GENSIO_VERSION_MAJOR >= 3
 #error "gensio 3 sets the far line through gensio_acontrol: port ApplySettings"
@@ -93,8 +98,7 @@ void SpeedSet(sergensio*, int err, unsigned int value, void* data) {
     if (link.settings) wanted = static_cast<unsigned int>(link.settings->baud);
   }
   if (err != 0) {
-    Notice(link,
-           std::string("the far end sets no speed (") + gensio_err_to_str(err) + "): set it there");
+    NoSpeed(link, err);
   } else if (value != wanted) {
     Notice(link,
            "the far end runs at " + std::to_string(value) + " baud, not " + std::to_string(wanted));
@@ -110,8 +114,7 @@ void ApplySettings(gensio* io, Link& link, const LineSettings& s) {
   // No control waits for its answer: a far end that never acknowledges one stalls nothing.
   int err = sergensio_baud(sio, static_cast<unsigned>(s.baud), SpeedSet, &link);
   if (err != 0) {
-    Notice(link,
-           std::string("the far end sets no speed (") + gensio_err_to_str(err) + "): set it there");
+    NoSpeed(link, err);
     return;
   }
   sergensio_datasize(sio, static_cast<unsigned>(s.dataBits), nullptr, nullptr);
@@ -307,15 +310,17 @@ std::shared_ptr<Link> GensioSerialDriver::Loop::Park(std::shared_ptr<Link> link,
 // A link that failed or was lost is not taken back: choosing its port again reconnects.
 std::shared_ptr<Link> GensioSerialDriver::Loop::Unpark(const std::string& path) {
   std::shared_ptr<Link> link;
+  bool samePort = false;
   {
     std::lock_guard lock(m);
     link = std::exchange(parked, nullptr);
+    samePort = parkedPath == path;
   }
   if (!link) return nullptr;
   {
     std::lock_guard lock(link->m);
     const bool alive = link->state == Link::State::Connecting || link->state == Link::State::Open;
-    if (alive && parkedPath == path) {
+    if (alive && samePort) {
       link->in.clear();  // as a local port drops unread input when it closes
       return link;
     }

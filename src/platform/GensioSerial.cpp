@@ -123,8 +123,8 @@ GensioSerialDriver::GensioSerialDriver() : loop_(std::make_unique<Loop>()) {
   loop_->runner = gensio_os_funcs_alloc_runner(loop_->o, RunKicked, loop_.get());
 }
 
-// Connections still closing are left to the end of the process.
-// Closes what is still open, waiting a little for the far ends, then frees gensio.
+// Closes what is still open, waiting a little for the far ends, then frees gensio; connections
+// still closing after that are left to the end of the process.
 GensioSerialDriver::~GensioSerialDriver() {
   if (loop_->o == nullptr) return;
   if (loop_->thread.joinable()) {

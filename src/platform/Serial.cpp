@@ -27,7 +27,7 @@ bool Serial::Open() {
   std::string why;
   device_ = driver_.Open(SerialPort, why);
   if (!device_) {
-    log_.DebugLog("cannot open serial port " + SerialPort.path + ": " + why);
+    LogOpenFailure(why);
     return false;
   }
   if (lossReported_) status_.ShowStatus("");
@@ -57,10 +57,14 @@ void Serial::NoteLoss() {
                      " is gone: choose it again under Serial Port once it is back.");
 }
 
+void Serial::LogOpenFailure(const std::string& why) {
+  log_.DebugLog("cannot open serial port " + SerialPort.path + ": " + why);
+}
+
 // A line that opens in the background and gives up ends as an Open that gave false: the same
 // message, and no device left.
 void Serial::GiveUp(const std::string& why) {
-  log_.DebugLog("cannot open serial port " + SerialPort.path + ": " + why);
+  LogOpenFailure(why);
   Close();
   status_.MsgBox(kOpenFailure);
 }

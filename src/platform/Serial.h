@@ -106,6 +106,7 @@ class Serial {
  private:
   LineSettings Settings() const;
   void NoteLoss();
+  void LogOpenFailure(const std::string& why);
   void GiveUp(const std::string& why);
   bool Settle();
 

@@ -40,6 +40,9 @@ struct Program {
   Program(const FileType& textType, SerialDriver& lines)
       : files({{textType.MacType, QStringLiteral("Text files (*.txt *.TXT)")}}), serial(lines) {}
 
+  // What the window opens its ports with.
+  SerialDriver& Lines() { return capturing ? *capturing : serial; }
+
   QtClock clock;
   QtLog log;
   QtMessages messages;
@@ -136,9 +139,7 @@ int Run(const Options& o, SerialDriver& lines, std::unique_ptr<BusCapture> captu
   p.ports.Ports() = MergePorts(given, MachinePorts());
   // An empty work folder is the current folder: DEBUG.TXT lands where the program was started.
   p.window = std::make_unique<IcomWindow>(
-      p.app, WindowServices{p.clock, p.ports,
-                            p.capturing ? static_cast<SerialDriver&>(*p.capturing) : p.serial,
-                            p.log, p.messages, p.files, ""});
+      p.app, WindowServices{p.clock, p.ports, p.Lines(), p.log, p.messages, p.files, ""});
   p.view = std::make_unique<MainWindow>(*p.window);
   p.messages.SetParent(p.view.get());
   p.files.SetParent(p.view.get());
