@@ -4,22 +4,24 @@
 # executed RUNS inputs or SECONDS have passed. What it found is merged back into fuzz/corpus with
 # libFuzzer's -merge=1: the named cases stay, and the hash-named files are replaced by the fewest
 # that keep every edge reached (-use_counters=0: hit counts alone would keep hundreds of files, and
-# the test command's runs find them again in seconds). Prints per target the inputs run, the coverage (cov: edges,
-# ft: features), the time and the corpus size before and after. A failure is kept in FUZZ_BIN_DIR.
+# the test command's runs find them again in seconds). Prints per target the inputs run, the
+# coverage (cov: edges, ft: features), the time and the corpus size before and after. A failure is
+# kept in FUZZ_BIN_DIR.
 # Usage: fuzz-campaign.sh FUZZ_BIN_DIR [RUNS] [SECONDS]
 set -euo pipefail
 bin_dir=$(cd "$1" && pwd)
 runs=${2:-10000000}
 limit=${3:-1200}
 root=$(cd "$(dirname "$0")/.." && pwd)
+# shellcheck source=fuzz-targets.sh
+source "$root/scripts/fuzz-targets.sh"
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 
-for target in receive scanlist fields; do
+for target in "${fuzz_targets[@]}"; do
   corpus=$root/fuzz/corpus/$target
   mkdir -p "$scratch/$target/found" "$scratch/$target/kept"
-  # Longer inputs add nothing here but time: a frame past the 257-byte bound, a list of many lines.
-  case $target in receive) max_len=(-max_len=320) ;; scanlist) max_len=(-max_len=128) ;; *) max_len=() ;; esac
+  read -r -a max_len <<<"$(fuzz_max_len "$target")"
   before=$(find "$corpus" -type f | wc -l)
   start=$SECONDS
   if ! "$bin_dir/fuzz_$target" "${max_len[@]}" -runs="$runs" -max_total_time="$limit" \

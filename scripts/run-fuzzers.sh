@@ -7,14 +7,15 @@ set -euo pipefail
 bin_dir=$(cd "$1" && pwd)
 seconds=$2
 root=$(cd "$(dirname "$0")/.." && pwd)
+# shellcheck source=fuzz-targets.sh
+source "$root/scripts/fuzz-targets.sh"
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 
-for target in receive scanlist fields; do
+for target in "${fuzz_targets[@]}"; do
   mkdir -p "$scratch/$target"
   echo "fuzz_$target: ${seconds}s"
-  # Longer inputs add nothing here but time: a frame past the 257-byte bound, a list of many lines.
-  case $target in receive) max_len=(-max_len=320) ;; scanlist) max_len=(-max_len=128) ;; *) max_len=() ;; esac
+  read -r -a max_len <<<"$(fuzz_max_len "$target")"
   (cd "$scratch" && "$bin_dir/fuzz_$target" "${max_len[@]}" -max_total_time="$seconds" -rss_limit_mb=2048 \
      -print_final_stats=1 "$scratch/$target" "$root/fuzz/corpus/$target" 2>&1) \
     | grep -E "^(stat::number_of_executed_units|stat::average_exec_per_sec|#[0-9]+\s+DONE)|ERROR|SUMMARY|runtime error" || true
